@@ -1,0 +1,34 @@
+// Strings across the managed boundary: a zero-copy view of a str going in, UTF-16 builders coming out.
+#pragma once
+
+#define PY_SSIZE_T_CLEAN
+#include <Python.h>
+
+#include <cstdint>
+#include <string>
+
+// View of a str's own storage. length counts code points (-1: null string); kind is the width of
+// one character in bytes (1 Latin-1, 2 UCS-2, 4 UCS-4; 0 while null). No terminator is promised.
+struct StringArg {
+    int32_t length;
+    int32_t kind;
+    const void* data;
+};
+
+inline void reset_string_arg(StringArg* arg) {
+    arg->length = -1;
+    arg->kind = 0;
+    arg->data = nullptr;
+}
+
+// Fills `out` from a str (no type test). Returns 1, or 0 with TypeError set.
+int expose_string(PyObject* str, StringArg* out);
+
+// O& converter of a String parameter: None gives length -1, a str (or subclass) is exposed.
+int convert_string(PyObject* object, void* out);
+
+// Builders handed to the managed side; plain signatures, nothing thrown.
+std::u16string* build_u16_string(const char16_t* units, int32_t count);
+PyObject* build_py_string(const char16_t* units, int32_t count);
+PyObject* build_py_string_quiet(const char16_t* units, int32_t count);
+PyObject* build_py_bytes(const uint8_t* data, int32_t count);
