@@ -1,0 +1,46 @@
+# Builds the native extension, the loader library, the managed interop assembly and the
+# importable package tree under build/python; `make demo` and `make test` also install what they need.
+PY      ?= /usr/bin/python3
+BUILD   := build
+JOBS    ?= $(shell nproc)
+DOTNET  ?= dotnet
+MANAGED := managed/WrpInterop.Orvane.PyFigura.csproj
+
+.PHONY: all deps native managed test-assets layout test test-python test-native demo bench clean
+
+all: layout
+
+deps:
+	scripts/install-deps.sh
+
+native:
+	cmake -S . -B $(BUILD)/native -DCMAKE_BUILD_TYPE=Release -DPython3_EXECUTABLE=$(PY) >/dev/null
+	cmake --build $(BUILD)/native -j$(JOBS)
+
+managed:
+	$(DOTNET) publish $(MANAGED) -c Release -o $(BUILD)/managed/pyfigura --nologo -v quiet
+
+# An assembly that lacks one ExchangeHost entry, for the start-up failure tests.
+test-assets: managed
+	$(DOTNET) publish tests/support/no-boxstctarget/NoBoxStcTarget.csproj -c Release \
+	    -o $(BUILD)/test-assets/no-boxstctarget/pyfigura --nologo -v quiet
+
+layout: native managed
+	PY=$(PY) scripts/layout.sh $(BUILD)
+
+test: deps all test-assets test-native test-python
+
+test-native:
+	cd $(BUILD)/native && ctest --output-on-failure
+
+test-python:
+	PYTHONPATH=$(BUILD)/python:$(BUILD)/native/tests $(PY) -m pytest -q tests/python
+
+demo: deps all
+	PYTHONPATH=$(BUILD)/python $(PY) examples/demo.py
+
+bench: all
+	PYTHONPATH=$(BUILD)/python:$(BUILD)/native/bench $(PY) bench/run.py
+
+clean:
+	rm -rf $(BUILD) managed/bin managed/obj

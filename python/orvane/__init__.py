@@ -1,0 +1,77 @@
+"""The orvane package: managed System.Drawing for Python (orvane.pyfigura) and its sister modules.
+
+Importing the package points the .NET host at the runtime and assemblies that ship inside it, unless
+the environment already names other places, and checks that layout before the extension is loaded,
+so that a broken install raises ImportError instead of ending the process.
+"""
+import importlib.abc
+import os
+import sys
+
+_VENDOR = "orvane"
+_RUNTIME_VARIABLE = "NETCORE_WRAPPER_NETCORE_DIR_" + _VENDOR
+_ASSEMBLY_VARIABLE = "NETCORE_WRAPPER_ASSEMBLY_DIR_" + _VENDOR
+_LOADER_LIBRARY = "orvane.embed.coreclrwrap.so"
+_RUNTIME_LIBRARY = "libcoreclr.so"
+_INTEROP_ASSEMBLY = "WrpInterop.Orvane.PyFigura.dll"
+
+_here = os.path.dirname(os.path.abspath(__file__))
+if not os.environ.get(_RUNTIME_VARIABLE):
+    os.environ[_RUNTIME_VARIABLE] = os.path.join(_here, "runtime")
+if not os.environ.get(_ASSEMBLY_VARIABLE):
+    os.environ[_ASSEMBLY_VARIABLE] = os.path.join(_here, "assemblies")
+
+
+def _runtime_directories(root):
+    """Versioned runtime directories under root ('netcoreX.Y'), newest first."""
+    found = []
+    try:
+        names = os.listdir(root)
+    except OSError:
+        return found
+    for name in names:
+        rest = name[len("netcore"):] if name.startswith("netcore") else None
+        if rest is None or rest.count(".") != 1:
+            continue
+        major, minor = rest.split(".")
+        if major.isdigit() and minor.isdigit() and os.path.isdir(os.path.join(root, name)):
+            found.append(((int(major), int(minor)), os.path.join(root, name)))
+    return [path for _, path in sorted(found, reverse=True)]
+
+
+def _layout_problems():
+    """What is missing for the host to start, as a list of sentences (empty when all is there)."""
+    problems = []
+    runtime_root = os.environ.get(_RUNTIME_VARIABLE, "")
+    candidates = [d for d in _runtime_directories(runtime_root)
+                  if os.path.isfile(os.path.join(d, _LOADER_LIBRARY))]
+    if not candidates:
+        problems.append(f"no 'netcoreX.Y' directory holding {_LOADER_LIBRARY} under "
+                        f"{runtime_root!r} (set by {_RUNTIME_VARIABLE})")
+    elif not os.path.isfile(os.path.join(candidates[0], _RUNTIME_LIBRARY)):
+        problems.append(f"{_RUNTIME_LIBRARY} is missing or a broken link in {candidates[0]!r}")
+    assembly_root = os.environ.get(_ASSEMBLY_VARIABLE, "")
+    try:
+        subdirs = [os.path.join(assembly_root, n) for n in os.listdir(assembly_root)]
+    except OSError:
+        subdirs = []
+    if not any(os.path.isfile(os.path.join(d, _INTEROP_ASSEMBLY)) for d in subdirs):
+        problems.append(f"no sub-directory of {assembly_root!r} (set by {_ASSEMBLY_VARIABLE}) "
+                        f"holds {_INTEROP_ASSEMBLY}")
+    return problems
+
+
+class _LayoutCheck(importlib.abc.MetaPathFinder):
+    """Refuses to load orvane.pyfigura when the runtime layout is incomplete."""
+
+    def find_spec(self, fullname, path, target=None):
+        if fullname != __name__ + ".pyfigura":
+            return None
+        problems = _layout_problems()
+        if problems:
+            raise ImportError("cannot load orvane.pyfigura: " + "; ".join(problems), name=fullname)
+        return None
+
+
+if not any(isinstance(f, _LayoutCheck) for f in sys.meta_path):
+    sys.meta_path.insert(0, _LayoutCheck())

@@ -1,0 +1,59 @@
+// Static layout of the callback tables. Rows are filled by the marshalling layer that owns them;
+// a row that is still null is one whose value family has not been bound yet.
+#include "host/callback_tables.h"
+
+#include <Python.h>
+
+#include <cstdint>
+
+namespace {
+
+// Group references.
+void ref_add(PyObject* obj) { Py_XINCREF(obj); }
+void ref_drop(PyObject* obj) { Py_XDECREF(obj); }
+PyObject* ref_none() { Py_RETURN_NONE; }
+
+// Group values out: scalars.
+PyObject* out_bool(uint8_t value) { return PyBool_FromLong(value); }
+PyObject* out_int32(int32_t value) { return PyLong_FromLong(value); }
+PyObject* out_uint32(uint32_t value) { return PyLong_FromUnsignedLong(value); }
+PyObject* out_int64(int64_t value) { return PyLong_FromLongLong(value); }
+PyObject* out_uint64(uint64_t value) { return PyLong_FromUnsignedLongLong(value); }
+PyObject* out_double(double value) { return PyFloat_FromDouble(value); }
+PyObject* out_char(uint16_t unit) {
+    char16_t text[1] = {static_cast<char16_t>(unit)};
+    int byte_order = -1;
+    return PyUnicode_DecodeUTF16(reinterpret_cast<const char*>(text), 2, "", &byte_order);
+}
+
+template <typename Fn>
+void* fn(Fn f) {
+    return reinterpret_cast<void*>(f);
+}
+
+void* g_values_in[11] = {};
+void* g_values_out[13] = {nullptr,      fn(out_bool),   fn(out_int32), fn(out_uint32), fn(out_int64),
+                          fn(out_uint64), fn(out_double), nullptr,       nullptr,        nullptr,
+                          nullptr,      nullptr,        fn(out_char)};
+void* g_buffers[4] = {};
+void* g_references[4] = {fn(ref_add), fn(ref_drop), fn(ref_none), nullptr};
+void* g_iteration[1] = {};
+void* g_containers[12] = {};
+void* g_lists[12] = {};
+void* g_sequences[3] = {};
+void* g_streams[12] = {};
+
+void* const g_static_groups[9] = {g_values_in, g_values_out, g_buffers,   g_references, g_iteration,
+                                  g_containers, g_lists,      g_sequences, g_streams};
+
+void* g_generic_functions[36] = {};
+void* g_generic_cells[36] = {};
+
+}  // namespace
+
+void* const* py_static_callbacks() { return g_static_groups; }
+
+void* const* py_generic_callbacks() {
+    for (int i = 0; i < 36; ++i) g_generic_cells[i] = &g_generic_functions[i];
+    return g_generic_cells;
+}

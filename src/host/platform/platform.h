@@ -1,0 +1,46 @@
+// The operating-system layer of the host: every platform call of the module goes through here.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+constexpr char kPathSeparator = '/';
+constexpr char kListSeparator = ':';
+constexpr size_t kPathLimit = 260;  // length of a path buffer
+extern const char* const kLibrarySuffix;  // ".so"
+
+// Full path of the process's executable (the interpreter), or empty when it can't be told.
+std::string executable_path();
+
+// Value of an environment variable; false when it is unset.
+bool get_environment(const char* name, std::string& value);
+
+// Index of the first character of the file name in a path (0 when there is no directory part).
+size_t file_name_start(const std::string& path);
+
+// Appends `part` to the zero-terminated path in `buffer` (kPathLimit + 1 chars), adding a separator
+// where needed. False, with the buffer untouched, when the result would not fit.
+bool path_append(char* buffer, const char* part);
+
+struct DirectoryEntry {
+    std::string name;
+    bool is_directory;
+};
+// Entries of a directory in the file system's order; false when it can't be read.
+bool list_directory(const std::string& directory, std::vector<DirectoryEntry>& entries);
+bool file_exists(const std::string& path);
+bool is_directory(const std::string& path);
+
+// Dynamic libraries. find_loaded_library takes a reference on a library already in the process.
+void* find_loaded_library(const char* name);
+void* load_library(const char* path);
+void free_library(void* handle);
+void* library_symbol(void* handle, const char* name);
+
+// The platform's text for an error code; false when it has none.
+bool error_text(uint32_t code, std::string& text);
+
+}  // namespace platform
