@@ -1,0 +1,50 @@
+// Test module version_probe: makes version objects with any numbers, for fake sister modules.
+#include "module/version_object.h"
+
+namespace {
+
+PyObject* probe_make(PyObject*, PyObject* args) {
+    int major, minor, patch, sub;
+    const char* text;
+    if (!PyArg_ParseTuple(args, "iiiis:make", &major, &minor, &patch, &sub, &text)) {
+        return nullptr;
+    }
+    return make_version_object(major, minor, patch, sub, text);
+}
+
+PyObject* probe_compare(PyObject*, PyObject* args) {
+    VersionNumbers numbers;
+    PyObject* version;
+    if (!PyArg_ParseTuple(args, "(iiii)O!:compare", &numbers.major, &numbers.minor, &numbers.patch, &numbers.sub,
+                          &ModuleVersionType, &version)) {
+        return nullptr;
+    }
+    return PyLong_FromLong(version_compare(numbers, version));
+}
+
+PyMethodDef probe_methods[] = {
+    {"make", probe_make, METH_VARARGS, "make(major, minor, patch, sub, text) -> version object"},
+    {"compare", probe_compare, METH_VARARGS, "compare((major, minor, patch, sub), version) -> -1, 0 or 1"},
+    {nullptr, nullptr, 0, nullptr},
+};
+
+PyModuleDef probe_definition = {PyModuleDef_HEAD_INIT, "version_probe", nullptr, -1, probe_methods};
+
+}  // namespace
+
+PyMODINIT_FUNC PyInit_version_probe() {
+    if (PyType_Ready(&ModuleVersionType) < 0) {
+        return nullptr;
+    }
+    PyObject* module = PyModule_Create(&probe_definition);
+    if (module == nullptr) {
+        return nullptr;
+    }
+    Py_INCREF(&ModuleVersionType);
+    if (PyModule_AddObject(module, "_ModuleVersionType", reinterpret_cast<PyObject*>(&ModuleVersionType)) < 0) {
+        Py_DECREF(&ModuleVersionType);
+        Py_DECREF(module);
+        return nullptr;
+    }
+    return module;
+}
