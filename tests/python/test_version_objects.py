@@ -43,10 +43,6 @@ class TestTextAndFields:
         with pytest.raises(TypeError):
             version_probe._ModuleVersionType()
 
-    def test_objects_have_no_instance_dictionary(self):
-        with pytest.raises(AttributeError):
-            make((1, 0, 0, 0)).extra = 1
-
 
 class TestHash:
     @pytest.mark.parametrize("numbers", [(22, 9, 1, 0), (0, 0, 0, 0), (-1, 255, 65536, 7), (3, 1, 4, 1)])
