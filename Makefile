@@ -20,8 +20,13 @@ native:
 managed:
 	$(DOTNET) publish $(MANAGED) -c Release -o $(BUILD)/managed/pyfigura --nologo -v quiet
 
-# An assembly that lacks one ExchangeHost entry, for the start-up failure tests.
-test-assets: managed
+# Test assemblies: the probe beside the real interop assembly, and an interop assembly that lacks
+# one ExchangeHost entry, for the start-up failure tests.
+test-assets: layout
+	rm -rf $(BUILD)/test-assets/assemblies && mkdir -p $(BUILD)/test-assets/assemblies
+	ln -s ../../python/orvane/assemblies/pyfigura $(BUILD)/test-assets/assemblies/pyfigura
+	$(DOTNET) publish tests/support/probe-assembly/Orvane.PyFigura.Probe.csproj -c Release \
+	    -o $(BUILD)/test-assets/assemblies/probe --nologo -v quiet
 	$(DOTNET) publish tests/support/no-boxstctarget/NoBoxStcTarget.csproj -c Release \
 	    -o $(BUILD)/test-assets/no-boxstctarget/pyfigura --nologo -v quiet
 
@@ -36,7 +41,7 @@ test-native:
 test-python:
 	PYTHONPATH=$(BUILD)/python:$(BUILD)/native/tests $(PY) -m pytest -q tests/python
 
-demo: deps all
+demo: deps all test-assets
 	PYTHONPATH=$(BUILD)/python $(PY) examples/demo.py
 
 bench: all

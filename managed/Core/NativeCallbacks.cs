@@ -23,7 +23,7 @@ namespace Orvane.WrpGen.Interop
         internal const int GroupReferences = 3;
 
         /// <summary>Drops a Python reference (group references, number 1).</summary>
-        internal static void DecRef(IntPtr obj)
+        public static void DecRef(IntPtr obj)
         {
             if (obj == IntPtr.Zero || StaticGroups == null) return;
             var decref = (delegate* unmanaged<IntPtr, void>)((IntPtr*)StaticGroups[GroupReferences])[1];
@@ -31,10 +31,18 @@ namespace Orvane.WrpGen.Interop
         }
 
         /// <summary>A new Python str from a managed string (null gives null), leaving an exception on failure.</summary>
-        internal static IntPtr PyString(string text)
+        public static IntPtr PyString(string text)
         {
             if (text == null) return IntPtr.Zero;
             fixed (char* p = text) return BuildPyString(p, text.Length);
+        }
+
+        /// <summary>A new Python str, or a new reference to None for a null string.</summary>
+        public static IntPtr PyStringOrNone(string text)
+        {
+            if (text != null) return PyString(text);
+            var none = (delegate* unmanaged<IntPtr>)((IntPtr*)StaticGroups[GroupReferences])[2];
+            return none();
         }
 
         /// <summary>Like PyString but never leaves a Python exception behind: for texts made while handling errors.</summary>

@@ -1,0 +1,9 @@
+"""Runs every benchmark of the project and prints its figures."""
+import os
+import runpy
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+
+for name in ["import_time.py"]:
+    print(f"== {name}")
+    runpy.run_path(os.path.join(HERE, name), run_name="__main__")

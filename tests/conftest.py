@@ -1,0 +1,53 @@
+"""Shared test set-up: paths of the build tree and a runner for fresh interpreter processes.
+
+Start-up behaviour (tracing, failing imports, joining a running runtime) happens once per process,
+so those tests run a small script in a new interpreter with the environment they need.
+"""
+import os
+import subprocess
+import sys
+
+import pytest
+
+REPO = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+BUILD = os.path.join(REPO, "build")
+PACKAGE_ROOT = os.path.join(BUILD, "python")
+PROBES = os.path.join(BUILD, "native", "tests")
+TEST_ASSETS = os.path.join(BUILD, "test-assets")
+PYTHON = "/usr/bin/python3" if os.path.exists("/usr/bin/python3") else sys.executable
+
+for path in (PACKAGE_ROOT, PROBES):
+    if path not in sys.path:
+        sys.path.insert(0, path)
+
+
+class Run:
+    """Outcome of a script run in a fresh interpreter."""
+
+    def __init__(self, completed):
+        self.returncode = completed.returncode
+        self.stdout = completed.stdout
+        self.stderr = completed.stderr
+
+    def __repr__(self):
+        return f"<Run rc={self.returncode}\n--- stdout\n{self.stdout}\n--- stderr\n{self.stderr}>"
+
+
+def _clean_environment(extra):
+    env = {k: v for k, v in os.environ.items()
+           if not k.startswith("NETCORE_WRAPPER_") and k != "COREHOST_TRACE"}
+    env["PYTHONPATH"] = os.pathsep.join([PACKAGE_ROOT, PROBES])
+    env.update({k: v for k, v in extra.items() if v is not None})
+    return env
+
+
+def run_python(code, env=None, timeout=120):
+    completed = subprocess.run([PYTHON, "-c", code], capture_output=True, timeout=timeout,
+                               env=_clean_environment(env or {}))
+    return Run(completed)
+
+
+@pytest.fixture
+def fresh_python():
+    """run_python(code, env=None) -> Run, in a new interpreter with the build tree on its path."""
+    return run_python
