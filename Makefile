@@ -6,18 +6,22 @@ JOBS    ?= $(shell nproc)
 DOTNET  ?= dotnet
 MANAGED := managed/WrpInterop.Orvane.PyFigura.csproj
 
-.PHONY: all deps native managed test-assets layout test test-python test-native demo bench clean
+.PHONY: all deps generate native managed test-assets layout test test-python test-native demo bench clean
 
 all: layout
 
 deps:
 	scripts/install-deps.sh
 
-native:
+# Both sides of the binding are generated from api/ into build/gen.
+generate:
+	$(PY) generator/generate.py --api api --out $(BUILD)/gen
+
+native: generate
 	cmake -S . -B $(BUILD)/native -DCMAKE_BUILD_TYPE=Release -DPython3_EXECUTABLE=$(PY) >/dev/null
 	cmake --build $(BUILD)/native -j$(JOBS)
 
-managed:
+managed: generate
 	$(DOTNET) publish $(MANAGED) -c Release -o $(BUILD)/managed/pyfigura --nologo -v quiet
 
 # Test assemblies: the probe beside the real interop assembly, and an interop assembly that lacks

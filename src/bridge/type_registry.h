@@ -1,11 +1,32 @@
-// Managed type names and type keys to Python wrapper types.
+// Managed type names and type keys to Python wrapper types, and the wrapping of results by key.
 #pragma once
 #include <Python.h>
 
 #include <string>
+
+#include "host/entry_tables.h"
+
+struct TypedHandle {
+    InstanceHandle handle;
+    TypeKey type_key;
+};
 
 // Enters (or overwrites) a managed full name; holds no reference: wrapper types are static.
 void registry_register(const char16_t* managed_name, PyTypeObject* type);
 
 // The type registered under a name, or null.
 PyTypeObject* registry_find_name(const std::u16string& managed_name);
+
+// Python type of the managed object behind a handle; one name lookup per type key, then cached.
+PyTypeObject* registry_find_by_key(InstanceHandle handle, TypeKey key);
+PyTypeObject* registry_find_by_typed_handle(const TypedHandle* typed);
+
+// Wrapper of the registered type; on a miss the handle is given back and TypeError "unknown wrapper type".
+PyObject* wrap_by_key(InstanceHandle handle, TypeKey key);
+// As above without raising: 1 wrapped into *out, -1 wrapping failed, 0 no type (handle given back).
+int32_t wrap_by_key_quiet(InstanceHandle handle, TypeKey key, PyObject** out);
+// Interface results: the most derived registered class when it converts implicitly, else `declared`.
+PyObject* wrap_typed(const TypedHandle* typed, PyTypeObject* declared);
+
+// Number of GetTypeName calls made so far (the cost of the first lookup of each key).
+size_t registry_name_lookups();

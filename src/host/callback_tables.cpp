@@ -6,6 +6,12 @@
 
 #include <cstdint>
 
+#include "bridge/type_registry.h"
+#include "marshal/buffer_marshal.h"
+#include "marshal/decimal_marshal.h"
+#include "marshal/guid_marshal.h"
+#include "marshal/scalar_marshal.h"
+
 namespace {
 
 // Group references.
@@ -31,12 +37,14 @@ void* fn(Fn f) {
     return reinterpret_cast<void*>(f);
 }
 
-void* g_values_in[11] = {};
-void* g_values_out[13] = {nullptr,      fn(out_bool),   fn(out_int32), fn(out_uint32), fn(out_int64),
-                          fn(out_uint64), fn(out_double), nullptr,       nullptr,        nullptr,
-                          nullptr,      nullptr,        fn(out_char)};
-void* g_buffers[4] = {};
-void* g_references[4] = {fn(ref_add), fn(ref_drop), fn(ref_none), nullptr};
+void* g_values_in[11] = {nullptr,           fn(read_truth), fn(read_integer), fn(read_float),
+                         fn(decimal_in),    fn(decimal_in_tuple), nullptr, nullptr,
+                         nullptr,           nullptr,        fn(guid_in_quiet)};
+void* g_values_out[13] = {fn(wrap_by_key), fn(out_bool),   fn(out_int32), fn(out_uint32), fn(out_int64),
+                          fn(out_uint64), fn(out_double), fn(decimal_out), nullptr,      nullptr,
+                          nullptr,      fn(guid_out),   fn(out_char)};
+void* g_buffers[4] = {fn(buffer_record_size), fn(zero_buffer_record), fn(acquire_buffer), fn(release_buffer_record)};
+void* g_references[4] = {fn(ref_add), fn(ref_drop), fn(ref_none), fn(wrap_by_key_quiet)};
 void* g_iteration[1] = {};
 void* g_containers[12] = {};
 void* g_lists[12] = {};

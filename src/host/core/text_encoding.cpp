@@ -1,6 +1,7 @@
 // UTF-16 and UTF-8 conversions of the host: paths and names towards the loader library.
 #include "host/core/text_encoding.h"
 
+#include <cstdint>
 #include <stdexcept>
 
 namespace host {
@@ -63,6 +64,10 @@ std::u16string utf8_to_utf16(const std::string& text) {
             cp = (cp << 6) | (cc & 0x3F);
         }
         i += extra + 1;
+        // Over-long forms, encoded surrogates and values beyond U+10FFFF are not UTF-8.
+        static const uint32_t kMinimum[] = {0, 0x80, 0x800, 0x10000};
+        if (cp < kMinimum[extra] || (cp >= 0xD800 && cp < 0xE000) || cp > 0x10FFFF)
+            throw std::range_error("bad conversion");
         if (cp >= 0x10000) {
             cp -= 0x10000;
             out += static_cast<char16_t>(0xD800 + (cp >> 10));

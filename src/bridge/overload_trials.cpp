@@ -1,0 +1,63 @@
+// Trial bookkeeping of overloaded calls and the list cells of out parameters.
+#include "bridge/overload_trials.h"
+
+void keep_trial_error(PyObject** slot) {
+    PyObject *type, *value, *traceback;
+    PyErr_Fetch(&type, &value, &traceback);
+    PyErr_NormalizeException(&type, &value, &traceback);
+    *slot = value;
+    Py_XDECREF(type);
+    Py_XDECREF(traceback);
+}
+
+void drop_trial_errors(PyObject** slots, size_t count) {
+    for (size_t i = 0; i < count; ++i) Py_CLEAR(slots[i]);
+}
+
+void raise_trial_errors(PyObject** slots, size_t count) {
+    PyObject* list = PyList_New(static_cast<Py_ssize_t>(count));
+    if (list == nullptr) {
+        drop_trial_errors(slots, count);
+        return;
+    }
+    for (size_t i = 0; i < count; ++i) {
+        PyObject* text = slots[i] != nullptr ? PyObject_Str(slots[i]) : PyUnicode_FromString("");
+        Py_CLEAR(slots[i]);
+        if (text == nullptr) {
+            drop_trial_errors(slots, count);
+            Py_DECREF(list);
+            return;
+        }
+        PyList_SET_ITEM(list, static_cast<Py_ssize_t>(i), text);
+    }
+    PyErr_SetObject(PyExc_TypeError, list);
+    Py_DECREF(list);
+}
+
+namespace {
+
+int refuse_list_cell(PyObject* object) {
+    PyErr_Format(PyExc_TypeError, "argument should be empty list or list contains default value, not '%.200s'",
+                 Py_TYPE(object)->tp_name);
+    return 0;
+}
+
+}  // namespace
+
+int convert_list_cell(PyObject* object, void* output) {
+    ListCell* cell = static_cast<ListCell*>(output);
+    if (!PyList_CheckExact(object)) return refuse_list_cell(object);
+    cell->list = object;
+    if (PyList_GET_SIZE(object) == 0) return 1;
+    PyObject* first = PyList_GetItem(object, 0);
+    if (first == nullptr) return refuse_list_cell(object);
+    if (first == Py_None) return 1;
+    return cell->item_converter(first, cell->item_output) == 1 ? 1 : 0;
+}
+
+int store_out_value(PyObject* list, PyObject* value) {
+    if (PyList_GET_SIZE(list) > 0) return PyList_SetItem(list, 0, value);
+    int result = PyList_Append(list, value);
+    Py_DECREF(value);
+    return result;
+}

@@ -1,0 +1,60 @@
+// Overload dispatch by trial: the first overload whose arguments parse is called; if none parses,
+// one TypeError carries the list of every trial's message.
+#pragma once
+#include <Python.h>
+
+#include <cstddef>
+
+// A failed parse: keeps the exception's value in `slot` and clears the error for the next trial.
+void keep_trial_error(PyObject** slot);
+
+// Drops the kept values of the trials before a successful one.
+void drop_trial_errors(PyObject** slots, size_t count);
+
+// All trials failed: TypeError whose value is the list of the trials' texts. Drops the slots.
+void raise_trial_errors(PyObject** slots, size_t count);
+
+// Out and ref parameters: a one-element list carries the value both ways.
+struct ListCell {
+    PyObject* list;  // borrowed
+    int (*item_converter)(PyObject*, void*);
+    void* item_output;
+};
+int convert_list_cell(PyObject* object, void* cell);
+
+// Puts a new reference in element 0 of the list (or appends it to an empty list). 0 or -1.
+int store_out_value(PyObject* list, PyObject* value);
+
+// The out values of one call: wrapped in parameter order, then stored in their lists. References not
+// yet stored are dropped on every failure path.
+template <size_t N>
+class OutValues {
+public:
+    OutValues() = default;
+    OutValues(const OutValues&) = delete;
+    OutValues& operator=(const OutValues&) = delete;
+    ~OutValues() {
+        for (size_t i = stored_; i < made_; ++i) Py_XDECREF(values_[i]);
+    }
+    // Takes a new reference (or null with an exception set); false on failure.
+    bool add(PyObject* value) {
+        if (value == nullptr || PyErr_Occurred()) {
+            Py_XDECREF(value);
+            return false;
+        }
+        values_[made_++] = value;
+        return true;
+    }
+    bool store(PyObject* const* lists) {
+        while (stored_ < made_) {
+            PyObject* value = values_[stored_++];
+            if (store_out_value(lists[stored_ - 1], value) < 0) return false;
+        }
+        return true;
+    }
+
+private:
+    PyObject* values_[N] = {};
+    size_t made_ = 0;
+    size_t stored_ = 0;
+};

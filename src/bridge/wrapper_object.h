@@ -1,0 +1,52 @@
+// The wrapper object: a Python object that holds one handle of a managed object, and its two slot families.
+#pragma once
+#include <Python.h>
+
+#include "host/entry_tables.h"
+
+struct WrapperObject {
+    PyObject_HEAD
+    InstanceHandle handle;
+};
+
+enum InstanceKind : int32_t { kInstanceClass = 0, kInstanceStruct = 1 };
+
+// Argument record of interface and managed-struct parameters.
+struct InstanceArg {
+    int32_t kind;
+    int32_t padding;
+    InstanceHandle handle;
+};
+
+inline InstanceHandle handle_of(PyObject* wrapper) { return reinterpret_cast<WrapperObject*>(wrapper)->handle; }
+
+// Class family: managed classes, interfaces and the interop wrappers.
+void class_dealloc(PyObject* self);
+Py_hash_t class_hash(PyObject* self);
+PyObject* class_repr(PyObject* self);
+PyObject* class_compare(InstanceHandle a, InstanceHandle b, int op);
+
+// Struct family: managed structs held by handle.
+void struct_dealloc(PyObject* self);
+Py_hash_t struct_hash(PyObject* self);
+PyObject* struct_repr(PyObject* self);
+PyObject* struct_compare(InstanceHandle a, InstanceHandle b, int op);
+
+// tp_init of every type without a public constructor.
+int no_constructor_init(PyObject* self, PyObject* args, PyObject* kwargs);
+
+// __enter__ / __exit__ over the managed IDisposable.
+PyObject* wrapper_enter(PyObject* self, PyObject* unused);
+PyObject* wrapper_exit(PyObject* self, PyObject* args);
+#define WRAPPER_CONTEXT_METHODS                                                      \
+    {"__enter__", (PyCFunction)wrapper_enter, METH_NOARGS, nullptr},                 \
+    {"__exit__", (PyCFunction)wrapper_exit, METH_VARARGS, nullptr}
+
+// Recognition of wrappers: by this module's slot functions, by the host mark of any wrapper type.
+bool recognise_by_slot(PyObject* object, int32_t* kind);
+bool recognise_by_mark(PyObject* object, int32_t* kind);
+bool is_wrapper(PyObject* object);
+
+// A new empty wrapper of `type` (tp_new with null arguments, so the type's gate runs) holding `handle`.
+// On failure the handle is given back and null returned.
+PyObject* wrap_exact(InstanceHandle handle, PyTypeObject* type);
