@@ -71,11 +71,11 @@ class ClassEmitter:
                 continue
             form = self.forms.param(p["type"], p.get("clr"))
             if form.kind == "lease":
-                locals_.append(f"BufferLease {name};")
-                locals_.append(f"BufferLeaseGuard {name}_guard(&{name});")
-                units.append((form.converter, f"&{name}"))
+                # The guard releases the lease when the trial ends, whatever happened in it.
+                locals_.append(f"BufferLeaseGuard {name};")
+                units.append((form.converter, f"{name}.lease()"))
                 wire_types.append("BufferArg*")
-                wire_args.append(f"&{name}.arg")
+                wire_args.append(f"{name}.arg()")
                 leases.append(name)
                 continue
             locals_.append(f"{form.c_type} {name}{form.init};")
@@ -103,6 +103,9 @@ class ClassEmitter:
                          if p["kind"] == "list" and LIST_ELEMENTS.get(p.get("clr"), "Int32").endswith("[]")]
         if pending_lists:
             result = ResultForm("pending", make="ref and out array parameters are not supported yet")
+        if trial.get("unmatched"):
+            # The description names this overload but the managed API has none of its shape.
+            result = ResultForm("pending", make="this overload has no managed counterpart")
         if result is not None and result.kind == "pending":
             lines.append(f'{pad}PyErr_SetString(PyExc_TypeError, {c_string(result.make)});')
             lines.append(f"{pad}return {failure};")
@@ -334,10 +337,9 @@ class ClassEmitter:
                 self.out(f"int {setter}(PyObject* self, PyObject* value, void*) {{")
                 self.out("    if (value == nullptr) return refuse_attribute_delete();")
                 if form.kind == "lease":
-                    self.out("    BufferLease v;")
-                    self.out("    BufferLeaseGuard v_guard(&v);")
-                    self.out(f"    if (!{form.converter}(value, &v)) return -1;")
-                    wire_t, arg = "BufferArg*", "&v.arg"
+                    self.out("    BufferLeaseGuard v;")
+                    self.out(f"    if (!{form.converter}(value, v.lease())) return -1;")
+                    wire_t, arg = "BufferArg*", "v.arg()"
                 else:
                     self.out(f"    {form.c_type} v{form.init};")
                     self.out(f"    if (!{form.converter}(value, &v)) return -1;")

@@ -130,8 +130,10 @@ class Forms:
 
     def result(self, spelling, clr=None):
         m = self.model
-        if spelling in ("None",) or clr == "System.Void" and spelling == "int":
+        if spelling == "None":
             return ResultForm("none")
+        if clr == "System.Void":
+            clr = None  # a managed void declared with a result: the entry answers 0
         if (spelling, clr) in SCALAR_RESULTS:
             c_type, make = SCALAR_RESULTS[(spelling, clr)]
             return ResultForm("scalar", c_type, make)

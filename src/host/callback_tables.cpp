@@ -11,6 +11,7 @@
 #include "marshal/decimal_marshal.h"
 #include "marshal/guid_marshal.h"
 #include "marshal/scalar_marshal.h"
+#include "marshal/string_marshal.h"
 
 namespace {
 
@@ -37,7 +38,7 @@ void* fn(Fn f) {
     return reinterpret_cast<void*>(f);
 }
 
-void* g_values_in[11] = {nullptr,           fn(read_truth), fn(read_integer), fn(read_float),
+void* g_values_in[11] = {fn(expose_string),    fn(read_truth), fn(read_integer), fn(read_float),
                          fn(decimal_in),    fn(decimal_in_tuple), nullptr, nullptr,
                          nullptr,           nullptr,        fn(guid_in_quiet)};
 void* g_values_out[13] = {fn(wrap_by_key), fn(out_bool),   fn(out_int32), fn(out_uint32), fn(out_int64),

@@ -73,7 +73,7 @@ int convert_variant(PyObject* object, void* output) {
         return 1;
     }
     PyTypeObject* type = Py_TYPE(object);
-    if ((PyBytes_Check(object) || PyByteArray_Check(object) || PyMemoryView_CheckExact(object)) &&
+    if ((PyBytes_Check(object) || PyByteArray_Check(object) || Py_IS_TYPE(object, &PyMemoryView_Type)) &&
         type->tp_as_buffer != nullptr && type->tp_as_buffer->bf_getbuffer != nullptr) {
         out->code = kVariantBytes;
         return 1;
