@@ -49,6 +49,7 @@ demo: deps all test-assets
 	PYTHONPATH=$(BUILD)/python $(PY) examples/demo.py
 
 bench: all
+	$(DOTNET) build bench/csharp/ManagedCallBench.csproj -c Release -o $(BUILD)/bench/csharp --nologo -v quiet
 	PYTHONPATH=$(BUILD)/python:$(BUILD)/native/bench $(PY) bench/run.py
 
 clean:

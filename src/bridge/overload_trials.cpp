@@ -4,7 +4,7 @@
 void keep_trial_error(PyObject** slot) {
     PyObject *type, *value, *traceback;
     PyErr_Fetch(&type, &value, &traceback);
-    PyErr_NormalizeException(&type, &value, &traceback);
+    // Kept as raised (usually the message itself): turned into text only if every trial fails.
     *slot = value;
     Py_XDECREF(type);
     Py_XDECREF(traceback);
