@@ -45,7 +45,7 @@ test-native:
 test-python:
 	PYTHONPATH=$(BUILD)/python:$(BUILD)/native/tests $(PY) -m pytest -q tests/python
 
-demo: deps all test-assets
+demo: deps all
 	PYTHONPATH=$(BUILD)/python $(PY) examples/demo.py
 
 bench: all

@@ -1,19 +1,44 @@
-"""Demo: starts .NET inside Python and has System.Drawing draw and save a PNG.
+"""Demo: .NET's System.Drawing, driven from Python, draws a small scene and saves it as PNG.
 
-Until the drawing classes are bound, the scene is drawn by a small probe entry that the test
-assets provide, reached through the same host and binding path the extension uses.
+    PYTHONPATH=build/python /usr/bin/python3 examples/demo.py [out.png]
 """
 import os
 import sys
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-BUILD = os.path.join(HERE, "..", "build")
-os.environ.setdefault("NETCORE_WRAPPER_ASSEMBLY_DIR_orvane", os.path.join(BUILD, "test-assets", "assemblies"))
-sys.path.insert(0, os.path.join(BUILD, "native", "tests"))
+import orvane.pyfigura as fig
+from orvane.pyfigura import Bitmap, Brushes, Font, FontFamily, Graphics, Pens
 
-import orvane.pyfigura as pyfigura  # noqa: E402  (starts the runtime)
-import host_probe  # noqa: E402
+SMOOTHING_ANTI_ALIAS = 4  # SmoothingMode.AntiAlias
+TEXT_ANTI_ALIAS = 4       # TextRenderingHint.AntiAlias
 
-out = os.path.abspath(sys.argv[1] if len(sys.argv) > 1 else os.path.join(BUILD, "demo.png"))
-host_probe.draw_sample(out, "Hi")
-print(f"orvane.pyfigura {pyfigura.VERSION} drew {out}")
+
+def draw(path):
+    bitmap = Bitmap(640, 360)
+    with Graphics.from_image(bitmap) as g:
+        g.smoothing_mode = SMOOTHING_ANTI_ALIAS
+        g.text_rendering_hint = TEXT_ANTI_ALIAS
+        g.fill_rectangle(Brushes.white, 0, 0, 640, 360)
+        g.fill_rectangle(Brushes.alice_blue, 20, 20, 600, 320)
+        g.draw_rectangle(Pens.steel_blue, 20.0, 20.0, 600.0, 320.0)
+        # A fan of lines and a few filled shapes.
+        for i in range(0, 300, 12):
+            g.draw_line(Pens.cornflower_blue, 40, 320, 40 + i * 2, 40 + i // 3)
+        g.fill_ellipse(Brushes.orange, 420.0, 60.0, 140.0, 140.0)
+        g.draw_ellipse(Pens.dark_orange, 420.0, 60.0, 140.0, 140.0)
+        g.fill_pie(Brushes.medium_sea_green, 440.0, 210.0, 100.0, 100.0, 30.0, 300.0)
+        with Font(FontFamily.generic_sans_serif, 28.0) as title, Font(FontFamily.generic_serif, 14.0) as body:
+            g.draw_string("orvane.pyfigura", title, Brushes.midnight_blue, 60.0, 40.0)
+            g.draw_string(f"System.Drawing from Python, version {fig.VERSION}", body, Brushes.dim_gray, 62.0, 84.0)
+    bitmap.save(path)
+    return bitmap.width, bitmap.height
+
+
+def main():
+    here = os.path.dirname(os.path.abspath(__file__))
+    out = os.path.abspath(sys.argv[1] if len(sys.argv) > 1 else os.path.join(here, "..", "build", "demo.png"))
+    width, height = draw(out)
+    print(f"drew a {width}x{height} image: {out}")
+
+
+if __name__ == "__main__":
+    main()
