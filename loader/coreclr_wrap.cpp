@@ -4,9 +4,11 @@
 #include <dlfcn.h>
 #include <stdlib.h>
 
+#include <exception>
 #include <string>
 #include <vector>
 
+#include "host/core/text_encoding.h"
 #include "trusted_assemblies.h"
 
 namespace {
@@ -39,33 +41,6 @@ RuntimeState& state() {
 constexpr uint32_t kStatusFail = 0x80004005u;             // E_FAIL
 constexpr uint32_t kStatusNotInitialized = 0x80131022u;   // HOST_E_INVALIDOPERATION
 
-std::string utf16_to_utf8(const char16_t* text) {
-    std::string out;
-    for (const char16_t* p = text; *p != 0; ++p) {
-        uint32_t cp = *p;
-        if (cp >= 0xD800 && cp < 0xDC00 && p[1] >= 0xDC00 && p[1] < 0xE000) {
-            cp = 0x10000 + ((cp - 0xD800) << 10) + (p[1] - 0xDC00);
-            ++p;
-        }
-        if (cp < 0x80) {
-            out += static_cast<char>(cp);
-        } else if (cp < 0x800) {
-            out += static_cast<char>(0xC0 | (cp >> 6));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else if (cp < 0x10000) {
-            out += static_cast<char>(0xE0 | (cp >> 12));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (cp >> 18));
-            out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        }
-    }
-    return out;
-}
-
 const char* find_value(int32_t count, const char** keys, const char** values, const char* key) {
     for (int32_t i = 0; i < count; ++i)
         if (std::string(keys[i]) == key) return values[i];
@@ -78,7 +53,12 @@ int32_t coreclr_wrap_load(const char16_t* coreclr_path) {
     RuntimeState& s = state();
     if (s.library != nullptr) return 1;
     // Load through the real path: the runtime finds its JIT and native parts beside its own file.
-    std::string path = utf16_to_utf8(coreclr_path);
+    std::string path;
+    try {
+        path = host::utf16_to_utf8(coreclr_path);
+    } catch (const std::exception&) {
+        return 0;  // not a valid UTF-16 path
+    }
     if (char* resolved = realpath(path.c_str(), nullptr)) {
         path = resolved;
         free(resolved);
