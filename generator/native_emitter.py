@@ -8,6 +8,7 @@ their fixed orders.
 """
 import os
 
+import enum_emitter
 from native_forms import Forms, ResultForm, ident, LIST_ELEMENTS, LIST_ELEMENT_RESULTS
 
 HEADER = "generated_classes.h"
@@ -525,7 +526,8 @@ def emit_module_contents(model, installers):
     """The fixed orders of every module: ready runs, enumerations, classes, value types."""
     root = model.modules["root"]
     lines = [BANNER.rstrip(), "// Contents of the modules of the package tree, in their fixed orders.",
-             f'#include "{HEADER}"', '#include "module/module_contents.h"', "", "namespace {", ""]
+             f'#include "{HEADER}"', f'#include "{enum_emitter.HEADER}"', '#include "module/module_contents.h"',
+             "", "namespace {", ""]
 
     def type_ref(name):
         return f"&{ident(name)}_Type"
@@ -574,8 +576,10 @@ def emit_module_contents(model, installers):
     lines.append("")
     lines.append("}  // namespace")
     lines.append("")
+    module_keys = {"kRootContents": "root", **{v: k for k, v in sub_vars.items()}}
     for var, ready, classes, n in contents:
-        lines.append(f"const ModuleContents {var} = {{{ready}, nullptr, 0, {classes}, {n}, nullptr, 0}};")
+        enums = enum_emitter.registration(model, module_keys[var])
+        lines.append(f"const ModuleContents {var} = {{{ready}, {enums}, {classes}, {n}, nullptr, 0}};")
     lines.append("")
     return "\n".join(lines) + "\n"
 
@@ -593,6 +597,8 @@ def emit_native(model, out_dir):
         written[path] = text
     written[os.path.join(out_dir, HEADER)] = emit_header(model, model.classes)
     written[os.path.join(out_dir, "module_contents.cpp")] = emit_module_contents(model, installers)
+    for name, text in enum_emitter.emit_enums(model).items():
+        written[os.path.join(out_dir, name)] = text
     for path, text in written.items():
         write_if_changed(path, text)
     return sorted(written)
