@@ -1,17 +1,22 @@
 // The exchange entries: callback registration, type names, handle release and service start.
 using System;
 using System.Runtime.InteropServices;
+using System.Threading;
 
 namespace Orvane.WrpGen.Interop
 {
     public static unsafe class ExchangeHost
     {
+        /// <summary>Calls of GetTypeName so far, for checks of the native type caches.</summary>
+        public static long TypeNameLookups;
+
         /// <summary>The managed type's full name (nested types with '+') as a native wide-string object.</summary>
         [UnmanagedCallersOnly]
         public static IntPtr GetTypeName(IntPtr handle)
         {
             try
             {
+                Interlocked.Increment(ref TypeNameLookups);
                 string name = InstanceHandles.Get(handle)?.GetType().FullName ?? string.Empty;
                 fixed (char* p = name) return NativeCallbacks.BuildU16String(p, name.Length);
             }

@@ -16,6 +16,7 @@ struct ProbeEntries {
     void (*Fail)(StringArg*);
     PyObject* (*Echo)(StringArg*, int32_t*);
     int64_t (*LiveHandles)();
+    int64_t (*TypeNameLookups)();
     bool bound;
 };
 
@@ -31,7 +32,8 @@ bool bind_probe() {
     } bindings[] = {{"DrawSample", reinterpret_cast<void**>(&g_entries.DrawSample)},
                     {"Fail", reinterpret_cast<void**>(&g_entries.Fail)},
                     {"Echo", reinterpret_cast<void**>(&g_entries.Echo)},
-                    {"LiveHandles", reinterpret_cast<void**>(&g_entries.LiveHandles)}};
+                    {"LiveHandles", reinterpret_cast<void**>(&g_entries.LiveHandles)},
+                    {"TypeNameLookups", reinterpret_cast<void**>(&g_entries.TypeNameLookups)}};
     for (auto& b : bindings) {
         uint32_t status = host::bind_managed_entry(rt, kProbeAssembly, kProbeClass, b.name, b.slot);
         if (status != 0) {
@@ -83,6 +85,11 @@ PyObject* live_handles(PyObject*, PyObject*) {
     return PyLong_FromLongLong(g_entries.LiveHandles());
 }
 
+PyObject* type_name_lookups(PyObject*, PyObject*) {
+    if (!bind_probe()) return nullptr;
+    return PyLong_FromLongLong(g_entries.TypeNameLookups());
+}
+
 PyObject* runtime_state(PyObject*, PyObject*) {
     if (!bind_probe()) return nullptr;
     host::HostRuntime& rt = host::host_runtime_instance();
@@ -97,6 +104,7 @@ PyMethodDef g_methods[] = {
     {"fail", fail, METH_VARARGS, "fail(message): a managed exception with that message"},
     {"echo", echo, METH_VARARGS, "echo(text) -> (text back from managed code, UTF-16 length)"},
     {"live_handles", live_handles, METH_NOARGS, "number of live instance handles"},
+    {"type_name_lookups", type_name_lookups, METH_NOARGS, "number of GetTypeName calls so far"},
     {"runtime_state", runtime_state, METH_NOARGS, "this module's view of the shared host"},
     {nullptr, nullptr, 0, nullptr}};
 

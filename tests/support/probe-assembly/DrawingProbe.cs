@@ -1,9 +1,11 @@
-// Test entries: draw a small scene with System.Drawing, raise a managed exception, count live handles.
+// Test entries: draw a small scene with System.Drawing, raise a managed exception, count live handles
+// and type-name lookups.
 using System;
 using System.Drawing;
 using System.Drawing.Drawing2D;
 using System.Drawing.Imaging;
 using System.Runtime.InteropServices;
+using System.Threading;
 using Orvane.WrpGen.Interop;
 
 namespace Orvane.PyFigura.Probe
@@ -69,5 +71,8 @@ namespace Orvane.PyFigura.Probe
 
         [UnmanagedCallersOnly]
         public static long LiveHandles() => InstanceHandles.Live;
+
+        [UnmanagedCallersOnly]
+        public static long TypeNameLookups() => Interlocked.Read(ref ExchangeHost.TypeNameLookups);
     }
 }
