@@ -24,8 +24,8 @@ native: generate
 managed: generate
 	$(DOTNET) publish $(MANAGED) -c Release -o $(BUILD)/managed/pyfigura --nologo -v quiet
 
-# Test assemblies: the probe beside the real interop assembly, and an interop assembly that lacks
-# one ExchangeHost entry, for the start-up failure tests.
+# Test assemblies: the probe beside the real interop assembly, and interop assemblies that lack
+# one ExchangeHost entry or one enumeration accessor, for the start-up failure tests.
 test-assets: layout
 	rm -rf $(BUILD)/test-assets/assemblies && mkdir -p $(BUILD)/test-assets/assemblies
 	ln -s ../../python/orvane/assemblies/pyfigura $(BUILD)/test-assets/assemblies/pyfigura
@@ -33,6 +33,8 @@ test-assets: layout
 	    -o $(BUILD)/test-assets/assemblies/probe --nologo -v quiet
 	$(DOTNET) publish tests/support/no-boxstctarget/NoBoxStcTarget.csproj -c Release \
 	    -o $(BUILD)/test-assets/no-boxstctarget/pyfigura --nologo -v quiet
+	$(DOTNET) publish tests/support/no-enum-accessor/NoEnumAccessor.csproj -c Release \
+	    -o $(BUILD)/test-assets/no-enum-accessor/pyfigura --nologo -v quiet
 
 layout: native managed
 	PY=$(PY) scripts/layout.sh $(BUILD)
