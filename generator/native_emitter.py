@@ -22,6 +22,8 @@ def c_string(text):
 class ClassEmitter:
     """Writes the C++ of one class."""
 
+    SELF_TYPE = "InstanceHandle"  # wire form of self in instance entries
+
     def __init__(self, model, forms, cls):
         self.model = model
         self.forms = forms
@@ -113,7 +115,7 @@ class ClassEmitter:
             return locals_, units, lines
         all_types, all_args = [], []
         if self_arg:
-            all_types.append("InstanceHandle")
+            all_types.append(self.SELF_TYPE)
             all_args.append(self_arg)
         all_types += wire_types
         all_args += wire_args
@@ -122,10 +124,10 @@ class ClassEmitter:
             ret = "InstanceHandle"
         elif result.kind in ("scalar", "object", "handle"):
             ret = result.c_type
-        elif result.kind == "typed":
-            all_types.append("TypedHandle*")
+        elif result.kind in ("typed", "value"):
+            all_types.append(result.c_type + "*")
             all_args.append("&r")
-            lines.append(f"{pad}TypedHandle r{{}};")
+            lines.append(f"{pad}{result.c_type} r{{}};")
         fn_type = f"{ret} (*)({', '.join(all_types)})"
         call = f"reinterpret_cast<{fn_type}>({self.slot(trial['entry'], trial.get('owner'))})({', '.join(all_args)})"
         if constructor:
@@ -524,6 +526,7 @@ def emit_header(model, classes):
 
 def emit_module_contents(model, installers):
     """The fixed orders of every module: ready runs, enumerations, classes, value types."""
+    import value_emitter  # builds on this module's class emitter
     root = model.modules["root"]
     lines = [BANNER.rstrip(), "// Contents of the modules of the package tree, in their fixed orders.",
              f'#include "{HEADER}"', f'#include "{enum_emitter.HEADER}"', '#include "module/module_contents.h"',
@@ -533,7 +536,6 @@ def emit_module_contents(model, installers):
         return f"&{ident(name)}_Type"
 
     def ready_list(var, names):
-        names = [n for n in names if n not in ("Point", "PointF", "Rectangle", "RectangleF", "Size", "SizeF", "Color")]
         items = ", ".join(type_ref(n) for n in names) or "nullptr"
         lines.append(f"PyTypeObject* const {var}[] = {{{items}}};")
         return f"TypeList{{{var}, {len(names)}}}"
@@ -579,12 +581,14 @@ def emit_module_contents(model, installers):
     module_keys = {"kRootContents": "root", **{v: k for k, v in sub_vars.items()}}
     for var, ready, classes, n in contents:
         enums = enum_emitter.registration(model, module_keys[var])
-        lines.append(f"const ModuleContents {var} = {{{ready}, {enums}, {classes}, {n}, nullptr, 0}};")
+        values = value_emitter.root_values(model) if var == "kRootContents" else "nullptr, 0"
+        lines.append(f"const ModuleContents {var} = {{{ready}, {enums}, {classes}, {n}, {values}}};")
     lines.append("")
     return "\n".join(lines) + "\n"
 
 
 def emit_native(model, out_dir):
+    import value_emitter  # builds on this module's class emitter
     forms = Forms(model)
     os.makedirs(os.path.join(out_dir, "classes"), exist_ok=True)
     written = {}
@@ -597,6 +601,8 @@ def emit_native(model, out_dir):
         written[path] = text
     written[os.path.join(out_dir, HEADER)] = emit_header(model, model.classes)
     written[os.path.join(out_dir, "module_contents.cpp")] = emit_module_contents(model, installers)
+    for name, text in value_emitter.emit_values(model, forms).items():
+        written[os.path.join(out_dir, name)] = text
     for name, text in enum_emitter.emit_enums(model).items():
         written[os.path.join(out_dir, name)] = text
     for path, text in written.items():

@@ -105,7 +105,7 @@ class Forms:
         if spelling.endswith("[]"):
             return ParamForm("ArrayArg", PENDING_PARAM_CONVERTERS["array"], True)
         if spelling in VALUE_TYPES:
-            return ParamForm(spelling + "Value", PENDING_PARAM_CONVERTERS["value"], True)
+            return ParamForm(spelling + "Value", spelling + "_convert", True)
         if m.is_class(spelling):
             cls = m.class_by_name[spelling]
             if cls["shape"] in ("interface", "managed_struct"):
@@ -145,7 +145,7 @@ class Forms:
         if spelling.endswith("[]"):
             return ResultForm("pending", make=f"results of type '{spelling}' are not supported yet")
         if spelling in VALUE_TYPES:
-            return ResultForm("pending", make=f"results of type '{spelling}' are not supported yet")
+            return ResultForm("value", spelling + "Value", wrap=spelling + "_wrap")
         if m.is_class(spelling):
             cls = m.class_by_name[spelling]
             if cls["shape"] == "interface":

@@ -18,7 +18,7 @@
 #include "marshal/string_marshal.h"
 #include "marshal/variant_marshal.h"
 #include "module/module_contents.h"
-#include "values/value_records.h"
+#include "values/value_types.h"
 
 // A Guid crosses as its 16 bytes in UUID.bytes_le order.
 struct GuidValue {
