@@ -29,6 +29,11 @@ static class Program
         Time("bitmap.set_resolution", n, _ => bitmap.SetResolution(96, 96));
         Time("Bitmap(4,4)", n / 10, _ => GC.KeepAlive(new Bitmap(4, 4)));
         Time("StringFormat()", n, _ => GC.KeepAlive(new StringFormat()));
+        Time("Color.from_argb", n, _ => sink += Color.FromArgb(255, 1, 2, 3).B);
+        Time("bitmap.get_pixel", n, _ => sink += bitmap.GetPixel(3, 4).A);
+        var point = new Point(1, 2);
+        var size = new Size(3, 4);
+        Time("Point.add", n, _ => sink += Point.Add(point, size).X);
         GC.KeepAlive(sink);
     }
 }
