@@ -1,8 +1,12 @@
 """The seven native value types: construction, fields, equality, managed operations, and crossing with classes."""
+import json
 import math
+import os
 import struct
 
 import pytest
+
+from conftest import REPO
 
 import orvane.pyfigura as f
 
@@ -31,6 +35,36 @@ class TestTypeShape:
         with pytest.raises(TypeError):
             value < cls()
         assert (value == 5) is False and (value != 5) is True
+
+
+def described_values():
+    with open(os.path.join(REPO, "api", "values.json"), encoding="utf-8") as stream:
+        return {v["name"]: v for v in json.load(stream)["value_types"]}
+
+
+class TestSurfaceAndRegistration:
+    @pytest.mark.parametrize("name", [c.__name__ for c in VALUE_TYPES])
+    def test_every_described_member_exists(self, name):
+        cls, described = getattr(f, name), described_values()[name]
+        members = set(vars(cls))
+        assert {m["name"] for m in described["methods"]} <= members
+        assert {a["name"] for a in described["attributes"]} <= members
+        for mixed in described["mixed_methods"]:
+            assert type(vars(cls)[mixed]) is f._MixMethodDescrType
+
+    def test_named_colours_are_field_descriptors_in_table_order(self):
+        names = [k for k, v in vars(f.Color).items() if type(v) is f._FieldDescrType]
+        assert names == [a["name"] for a in described_values()["Color"]["class_attributes"]]
+        assert len(names) == 141
+
+    def test_value_sequence_follows_the_classes(self):
+        keys = list(vars(f))
+        start = keys.index("Point")
+        expected = []
+        for name in ["Point", "PointF", "Rectangle", "RectangleF", "Size", "SizeF", "Color"]:
+            expected += [name, f"_C_APITV1_{name}", f"_C_APIT_{name}"]
+        assert keys[start:start + len(expected)] == expected
+        assert keys.index("_C_APIT_Bitmap") < start
 
 
 class TestColor:
