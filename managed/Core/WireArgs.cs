@@ -105,6 +105,14 @@ namespace Orvane.WrpGen.Interop
                     return ((delegate* unmanaged<byte*, IntPtr>)Row(FromGuidBytes))((byte*)&g);
                 case Enum e:
                     return ((delegate* unmanaged<long, IntPtr>)Row(FromInt64))(Convert.ToInt64(e));
+                case decimal m:
+                    return ValueResults.PyDecimal(m);
+                case DateTime t:
+                    return DateTimeMarshal.PyDateTime(t);
+                case DateTimeOffset t:
+                    return DateTimeMarshal.PyDateTime(t);
+                case TimeSpan t:
+                    return DateTimeMarshal.PyTimeDelta(t);
                 case ValueType v:
                     throw new NotSupportedException("a managed " + v.GetType().FullName + " can't be returned as object yet");
                 default:

@@ -8,6 +8,7 @@
 
 #include "bridge/type_registry.h"
 #include "marshal/buffer_marshal.h"
+#include "marshal/datetime_marshal.h"
 #include "marshal/decimal_marshal.h"
 #include "marshal/guid_marshal.h"
 #include "marshal/scalar_marshal.h"
@@ -39,11 +40,11 @@ void* fn(Fn f) {
 }
 
 void* g_values_in[11] = {fn(expose_string),    fn(read_truth), fn(read_integer), fn(read_float),
-                         fn(decimal_in),    fn(decimal_in_tuple), nullptr, nullptr,
-                         nullptr,           nullptr,        fn(guid_in_quiet)};
+                         fn(decimal_in),    fn(decimal_in_tuple), fn(datetime_in), fn(date_in),
+                         fn(time_in),       fn(timedelta_in), fn(guid_in_quiet)};
 void* g_values_out[13] = {fn(wrap_by_key), fn(out_bool),   fn(out_int32), fn(out_uint32), fn(out_int64),
-                          fn(out_uint64), fn(out_double), fn(decimal_out), nullptr,      nullptr,
-                          nullptr,      fn(guid_out),   fn(out_char)};
+                          fn(out_uint64), fn(out_double), fn(decimal_out), fn(datetime_out), fn(datetime_offset_out),
+                          fn(timedelta_out), fn(guid_out), fn(out_char)};
 void* g_buffers[4] = {fn(buffer_record_size), fn(zero_buffer_record), fn(acquire_buffer), fn(release_buffer_record)};
 void* g_references[4] = {fn(ref_add), fn(ref_drop), fn(ref_none), fn(wrap_by_key_quiet)};
 void* g_iteration[1] = {};
