@@ -7,6 +7,8 @@
 #include <cstdint>
 
 #include "bridge/type_registry.h"
+#include "interop/container_callbacks.h"
+#include "interop/element_callbacks.h"
 #include "marshal/buffer_marshal.h"
 #include "marshal/datetime_marshal.h"
 #include "marshal/decimal_marshal.h"
@@ -47,10 +49,15 @@ void* g_values_out[13] = {fn(wrap_by_key), fn(out_bool),   fn(out_int32), fn(out
                           fn(timedelta_out), fn(guid_out), fn(out_char)};
 void* g_buffers[4] = {fn(buffer_record_size), fn(zero_buffer_record), fn(acquire_buffer), fn(release_buffer_record)};
 void* g_references[4] = {fn(ref_add), fn(ref_drop), fn(ref_none), fn(wrap_by_key_quiet)};
-void* g_iteration[1] = {};
-void* g_containers[12] = {};
-void* g_lists[12] = {};
-void* g_sequences[3] = {};
+void* g_iteration[1] = {fn(iteration_next)};
+void* g_containers[12] = {fn(container_list_size),     fn(container_list_size),    fn(container_list_pop),
+                          fn(container_list_clear),    fn(container_sequence_size), fn(container_sequence_size),
+                          fn(container_iterator),      fn(container_object_size),  fn(container_new_list32),
+                          fn(container_new_list64),    fn(read_char_string),       nullptr};
+void* g_lists[12] = {fn(list_get),       fn(list_set),       fn(list_append),        fn(list_insert),
+                     fn(list_remove),    fn(list_contains),  fn(list_index),         fn(list_store),
+                     fn(list_wrap_ilist), fn(list_wrap_array_list), fn(list_wrap_array), nullptr};
+void* g_sequences[3] = {fn(sequence_get), fn(sequence_contains), fn(sequence_index)};
 void* g_streams[12] = {};
 
 void* const g_static_groups[9] = {g_values_in, g_values_out, g_buffers,   g_references, g_iteration,
@@ -64,6 +71,9 @@ void* g_generic_cells[36] = {};
 void* const* py_static_callbacks() { return g_static_groups; }
 
 void* const* py_generic_callbacks() {
-    for (int i = 0; i < 36; ++i) g_generic_cells[i] = &g_generic_functions[i];
+    for (int i = 0; i < 36; ++i) {
+        g_generic_functions[i] = generic_element_reader(i);
+        g_generic_cells[i] = &g_generic_functions[i];
+    }
     return g_generic_cells;
 }
