@@ -22,7 +22,7 @@ namespace Orvane.WrpGen.Interop
                 case 3:
                     return ReadPyString(arg->Value);
                 default:
-                    throw new NotSupportedException("a Python value of variant code " + arg->Code + " can't be passed as object yet");
+                    return VariantValues.Read(arg);
             }
         }
 
