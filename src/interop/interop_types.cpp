@@ -43,8 +43,6 @@ PyTypeObject Interop_RoColBaseWrapper_Type =
 PyTypeObject Interop_ColBaseWrapper_Type = make_wrapper_type("orvane.pyfigura._wrpgen._interop._ColBaseWrapper");
 PyTypeObject Interop_ArrayWrapper_Type = make_wrapper_type("orvane.pyfigura._wrpgen._interop._ArrayWrapper");
 PyTypeObject Interop_ArrListWrapper_Type = make_wrapper_type("orvane.pyfigura._wrpgen._interop._ArrListWrapper");
-PyTypeObject Interop_ShlBufferView_Type = make_wrapper_type("orvane.pyfigura._wrpgen._interop._ShlBufferView");
-PyTypeObject Interop_StreamWrapper_Type = make_wrapper_type("orvane.pyfigura._wrpgen._interop._StreamWrapper");
 
 const TypeInitStatus& Interop_IDisposableWrapper_status() { return bound_status(); }
 const TypeInitStatus& Interop_IterWrapper_status() { return bound_status(); }
@@ -55,4 +53,3 @@ const TypeInitStatus& Interop_RoColBaseWrapper_status() { return bound_status();
 const TypeInitStatus& Interop_ColBaseWrapper_status() { return bound_status(); }
 const TypeInitStatus& Interop_ArrayWrapper_status() { return bound_status(); }
 const TypeInitStatus& Interop_ArrListWrapper_status() { return bound_status(); }
-const TypeInitStatus& Interop_StreamWrapper_status() { return bound_status(); }

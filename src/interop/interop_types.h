@@ -4,6 +4,8 @@
 #include <Python.h>
 
 #include "bridge/class_binding.h"
+#include "interop/buffer_view.h"
+#include "interop/stream_wrapper.h"
 
 extern PyTypeObject Interop_IDisposableWrapper_Type;
 extern PyTypeObject Interop_IterWrapper_Type;
@@ -14,8 +16,6 @@ extern PyTypeObject Interop_RoColBaseWrapper_Type;
 extern PyTypeObject Interop_ColBaseWrapper_Type;
 extern PyTypeObject Interop_ArrayWrapper_Type;
 extern PyTypeObject Interop_ArrListWrapper_Type;
-extern PyTypeObject Interop_ShlBufferView_Type;
-extern PyTypeObject Interop_StreamWrapper_Type;
 
 const TypeInitStatus& Interop_IDisposableWrapper_status();
 const TypeInitStatus& Interop_IterWrapper_status();
@@ -26,4 +26,3 @@ const TypeInitStatus& Interop_RoColBaseWrapper_status();
 const TypeInitStatus& Interop_ColBaseWrapper_status();
 const TypeInitStatus& Interop_ArrayWrapper_status();
 const TypeInitStatus& Interop_ArrListWrapper_status();
-const TypeInitStatus& Interop_StreamWrapper_status();
