@@ -31,7 +31,6 @@ VALUE_TYPES = {"Point", "PointF", "Size", "SizeF", "Rectangle", "RectangleF", "C
 
 # Kinds bound by later work: their parameters refuse with a clear message before any managed call.
 PENDING_PARAM_CONVERTERS = {
-    "Stream": "convert_pending_stream",
     "array": "convert_pending_array",
     "value": "convert_pending_value",
 }
@@ -101,7 +100,7 @@ class Forms:
         if spelling == "object":
             return ParamForm("VariantArg", "convert_variant", True)
         if spelling == "Stream":
-            return ParamForm("StreamArg", PENDING_PARAM_CONVERTERS["Stream"], True)
+            return ParamForm("StreamArg", "convert_stream", True)
         if spelling.endswith("[]"):
             return ParamForm("ArrayArg", PENDING_PARAM_CONVERTERS["array"], True)
         if spelling in VALUE_TYPES:

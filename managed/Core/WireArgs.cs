@@ -26,10 +26,21 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>Stream arguments are not wired yet; the native converter refuses them before any call.</summary>
+        /// <summary>
+        /// The managed value of a Stream argument: null, the managed stream behind a handle, or a new
+        /// stream over a Python file object, which borrows the file for the call.
+        /// </summary>
         public static System.IO.Stream ReadStream(StreamArg* arg)
         {
-            throw new NotSupportedException("stream arguments are not supported yet");
+            switch (arg->Kind)
+            {
+                case 0:
+                    return (System.IO.Stream)InstanceHandles.Get(arg->Value);
+                case 2:
+                    return new PyFileStream(arg->Value);
+                default:
+                    throw new NotSupportedException("a stream argument of kind " + arg->Kind + " is not known");
+            }
         }
 
         /// <summary>Array arguments are not wired yet; the native converter refuses them before any call.</summary>

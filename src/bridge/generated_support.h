@@ -15,6 +15,7 @@
 #include "marshal/guid_marshal.h"
 #include "marshal/pending_kinds.h"
 #include "marshal/scalar_marshal.h"
+#include "marshal/stream_marshal.h"
 #include "marshal/string_marshal.h"
 #include "marshal/variant_marshal.h"
 #include "module/module_contents.h"

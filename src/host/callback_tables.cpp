@@ -14,6 +14,7 @@
 #include "marshal/decimal_marshal.h"
 #include "marshal/guid_marshal.h"
 #include "marshal/scalar_marshal.h"
+#include "marshal/stream_marshal.h"
 #include "marshal/string_marshal.h"
 
 namespace {
@@ -58,7 +59,9 @@ void* g_lists[12] = {fn(list_get),       fn(list_set),       fn(list_append),   
                      fn(list_remove),    fn(list_contains),  fn(list_index),         fn(list_store),
                      fn(list_wrap_ilist), fn(list_wrap_array_list), fn(list_wrap_array), nullptr};
 void* g_sequences[3] = {fn(sequence_get), fn(sequence_contains), fn(sequence_index)};
-void* g_streams[12] = {};
+void* g_streams[12] = {fn(stream_write),     fn(stream_write_byte), fn(stream_read),  fn(stream_read_byte),
+                       fn(stream_seek),      fn(stream_flush),      fn(stream_close), fn(stream_can_read),
+                       fn(stream_can_write), fn(stream_can_seek),   fn(stream_tell),  fn(stream_length)};
 
 void* const g_static_groups[9] = {g_values_in, g_values_out, g_buffers,   g_references, g_iteration,
                                   g_containers, g_lists,      g_sequences, g_streams};
