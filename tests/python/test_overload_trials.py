@@ -198,10 +198,13 @@ class TestOutLists:
             f.Bitmap(2, 2).get_bounds(())
         assert info.value.args == ("argument should be empty list or list contains default value, not 'tuple'",)
 
-    @pytest.mark.xfail(reason="RectangleF results arrive with the value types", strict=False,
-                       raises=TypeError)
     def test_get_bounds_fills_the_unit(self):
         unit = []
         bounds = f.Bitmap(7, 5).get_bounds(unit)
         assert unit == [f.GraphicsUnit.PIXEL]
-        assert (bounds.width, bounds.height) == (7, 5)
+        assert type(unit[0]) is int
+        assert type(bounds) is f.RectangleF
+        assert (bounds.x, bounds.y, bounds.width, bounds.height) == (0, 0, 7, 5)
+        unit = [f.GraphicsUnit.INCH, "rest"]  # a ref value goes in; the managed side overwrites it
+        f.Bitmap(2, 3).get_bounds(unit)
+        assert unit == [f.GraphicsUnit.PIXEL, "rest"]
