@@ -17,6 +17,7 @@ struct ProbeEntries {
     PyObject* (*Echo)(StringArg*, int32_t*);
     int64_t (*LiveHandles)();
     int64_t (*TypeNameLookups)();
+    void (*CollectGarbage)();
     bool bound;
 };
 
@@ -33,7 +34,8 @@ bool bind_probe() {
                     {"Fail", reinterpret_cast<void**>(&g_entries.Fail)},
                     {"Echo", reinterpret_cast<void**>(&g_entries.Echo)},
                     {"LiveHandles", reinterpret_cast<void**>(&g_entries.LiveHandles)},
-                    {"TypeNameLookups", reinterpret_cast<void**>(&g_entries.TypeNameLookups)}};
+                    {"TypeNameLookups", reinterpret_cast<void**>(&g_entries.TypeNameLookups)},
+                    {"CollectGarbage", reinterpret_cast<void**>(&g_entries.CollectGarbage)}};
     for (auto& b : bindings) {
         uint32_t status = host::bind_managed_entry(rt, kProbeAssembly, kProbeClass, b.name, b.slot);
         if (status != 0) {
@@ -90,6 +92,12 @@ PyObject* type_name_lookups(PyObject*, PyObject*) {
     return PyLong_FromLongLong(g_entries.TypeNameLookups());
 }
 
+PyObject* collect_garbage(PyObject*, PyObject*) {
+    if (!bind_probe()) return nullptr;
+    g_entries.CollectGarbage();
+    Py_RETURN_NONE;
+}
+
 PyObject* runtime_state(PyObject*, PyObject*) {
     if (!bind_probe()) return nullptr;
     host::HostRuntime& rt = host::host_runtime_instance();
@@ -105,6 +113,7 @@ PyMethodDef g_methods[] = {
     {"echo", echo, METH_VARARGS, "echo(text) -> (text back from managed code, UTF-16 length)"},
     {"live_handles", live_handles, METH_NOARGS, "number of live instance handles"},
     {"type_name_lookups", type_name_lookups, METH_NOARGS, "number of GetTypeName calls so far"},
+    {"collect_garbage", collect_garbage, METH_NOARGS, "full managed collection, finalizers run"},
     {"runtime_state", runtime_state, METH_NOARGS, "this module's view of the shared host"},
     {nullptr, nullptr, 0, nullptr}};
 

@@ -1,5 +1,5 @@
 // Test entries: draw a small scene with System.Drawing, raise a managed exception, count live handles
-// and type-name lookups.
+// and type-name lookups; force a full collection.
 using System;
 using System.Drawing;
 using System.Drawing.Drawing2D;
@@ -71,6 +71,15 @@ namespace Orvane.PyFigura.Probe
 
         [UnmanagedCallersOnly]
         public static long LiveHandles() => InstanceHandles.Live;
+
+        /// <summary>A full collection with finalizers run: what stays afterwards is really held.</summary>
+        [UnmanagedCallersOnly]
+        public static void CollectGarbage()
+        {
+            GC.Collect();
+            GC.WaitForPendingFinalizers();
+            GC.Collect();
+        }
 
         [UnmanagedCallersOnly]
         public static long TypeNameLookups() => Interlocked.Read(ref ExchangeHost.TypeNameLookups);
