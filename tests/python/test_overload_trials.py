@@ -1,4 +1,6 @@
 """Overload trials on the real runtime: order of trial, the aggregated TypeError, keywords, truncation, out lists."""
+import io
+
 import pytest
 from PIL import Image as PilImage
 
@@ -78,11 +80,19 @@ class TestFirstTrialThatParsesWins:
 
     def test_keywords_pick_the_overload(self):
         texts = failed_trials(lambda: f.Bitmap(stream=3))
-        # The file-name trials fail for their missing keyword; the first stream trial gets to convert.
+        # The file-name trials fail for their missing keyword; the stream trials get to convert.
         assert texts[0] == texts[1] == "function missing required argument 'filename' (pos 1)"
-        assert "missing required argument" not in texts[2]
+        assert texts[2] == texts[9] == "can't build Stream from 'int'"
         assert texts[3] == "function missing required argument 'width' (pos 1)"
-        assert texts[9] == texts[2]  # the same stream conversion, before use_icm is missed
+
+    def test_file_object_fails_the_string_trial_and_matches_the_stream_trial(self, tmp_path):
+        path = tmp_path / "s.png"
+        f.Bitmap(3, 2).save(str(path))
+        data = path.read_bytes()
+        for b in (f.Bitmap(io.BytesIO(data)), f.Bitmap(stream=io.BytesIO(data))):
+            assert (b.width, b.height) == (3, 2)
+        b = f.Bitmap(io.BytesIO(data), False)
+        assert (b.width, b.height) == (3, 2)
 
     def test_keywords_choose_between_overloads_of_equal_count(self):
         b = f.Bitmap(f.Bitmap(8, 8), width=3, height=2)
