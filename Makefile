@@ -50,7 +50,7 @@ test-python:
 demo: deps all
 	PYTHONPATH=$(BUILD)/python $(PY) examples/demo.py
 
-bench: all
+bench: all test-assets
 	$(DOTNET) build bench/csharp/ManagedCallBench.csproj -c Release -o $(BUILD)/bench/csharp --nologo -v quiet
 	PYTHONPATH=$(BUILD)/python:$(BUILD)/native/bench $(PY) bench/run.py
 
