@@ -10,6 +10,8 @@ static class Program
     static readonly Dictionary<string, Action<string>> Scenes = new Dictionary<string, Action<string>>
     {
         ["shapes_and_text"] = ShapesAndText.Draw,
+        ["gradients_and_paths"] = GradientsAndPaths.Draw,
+        ["bar_chart"] = BarChart.Draw,
     };
 
     static int Usage()
