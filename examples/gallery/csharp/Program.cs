@@ -12,6 +12,9 @@ static class Program
         ["shapes_and_text"] = ShapesAndText.Draw,
         ["gradients_and_paths"] = GradientsAndPaths.Draw,
         ["bar_chart"] = BarChart.Draw,
+        ["thumbnails"] = Thumbnails.Draw,
+        ["jpeg_quality"] = JpegQuality.Draw,
+        ["color_matrix"] = ColorMatrixScene.Draw,
     };
 
     static int Usage()
