@@ -15,6 +15,8 @@ static class Program
         ["thumbnails"] = Thumbnails.Draw,
         ["jpeg_quality"] = JpegQuality.Draw,
         ["color_matrix"] = ColorMatrixScene.Draw,
+        ["texture_brushes"] = TextureBrushes.Draw,
+        ["text_layout"] = TextLayout.Draw,
     };
 
     static int Usage()
