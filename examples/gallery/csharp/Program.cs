@@ -17,6 +17,7 @@ static class Program
         ["color_matrix"] = ColorMatrixScene.Draw,
         ["texture_brushes"] = TextureBrushes.Draw,
         ["text_layout"] = TextLayout.Draw,
+        ["dot_mosaic"] = DotMosaic.Draw,
     };
 
     static int Usage()
