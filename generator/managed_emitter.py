@@ -298,10 +298,16 @@ class ManagedEmitter:
         return self.method("btp_IsAssignableTo", "byte", ["IntPtr handle"],
                            ["return InstanceHandles.Get(handle) is " + t + " ? (byte)1 : (byte)0;"])
 
-    def collection_entry(self, name):
-        # Wired with the collection protocol; until then the status -1 says that an exception is set.
-        return self.refused(name, "int", ["IntPtr " + SELF, "int index", "VariantArg* item"],
-                            name + " is not wired yet", failure="-1")
+    def collection_entry(self, cls, name):
+        """Item reads through the class's indexer: status 0, 2 out of range, -1 with an exception set."""
+        target = "InstanceHandles.Get<" + cs_type(cls["managed_name"]) + ">(" + SELF + ")"
+        if name == "btp_SqGetItem":
+            return self.method(name, "int", ["IntPtr " + SELF, "int index", "IntPtr* item"],
+                               ["var items = " + target + ";",
+                                "if ((uint)index >= (uint)items.Count) return 2;",
+                                "return CollectionItems.Store(items[index], item);"], failure="-1")
+        return self.method(name, "IntPtr", ["IntPtr " + SELF, "int index"],
+                           ["return ObjectResults.From(" + target + "[index]);"], failure="IntPtr.Zero")
 
     def class_entries(self, cls):
         """Entry name -> C# text, for every entry the class itself owns."""
@@ -322,7 +328,7 @@ class ManagedEmitter:
         for a in cls["class_attributes"]:
             out[a["entry"]] = self.static_accessor(cls, a)
         for name in (cls.get("collection") or {}).get("entries", []):
-            out[name] = self.collection_entry(name)
+            out[name] = self.collection_entry(cls, name)
         out["btp_IsAssignableTo"] = self.is_assignable(cls)
         return out
 

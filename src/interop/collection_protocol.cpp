@@ -1,0 +1,307 @@
+// The read-only collection face: element-wise tests are managed, everything list-shaped (result length,
+// order, repetition) is native, built from the elements that the enumerator gives.
+#include "interop/collection_protocol.h"
+
+#include "interop/iteration_wrappers.h"
+
+namespace {
+
+constexpr const char* kCollectionClass = "Orvane.WrpGen.Interop.SiApiCntCollection";
+constexpr const char* kCollectionNames[] = {"SqLength",       "SqContains", "CountOf", "CreateInstanceFromPyList",
+                                            "CreateInstanceFromPySequence", "IsAssignableTo"};
+constexpr const char* kRoBaseClass = "Orvane.WrpGen.Interop.SiApiReadOnlyCollectionBase";
+constexpr const char* kRoBaseNames[] = {"CreateInstanceFromPyList", "CreateInstanceFromPySequence",
+                                        "IsAssignableTo"};
+
+using CollectionTable = ClassEntryTable<6>;
+using RoBaseTable = ClassEntryTable<3>;
+
+CollectionTable& collection_table() {
+    static CollectionTable t = [] {
+        CollectionTable x{};
+        bind_class_entries(x.header, x.entries, kCollectionClass, kCollectionNames, 6);
+        return x;
+    }();
+    return t;
+}
+
+RoBaseTable& ro_base_table() {
+    static RoBaseTable t = [] {
+        RoBaseTable x{};
+        bind_class_entries(x.header, x.entries, kRoBaseClass, kRoBaseNames, 3);
+        return x;
+    }();
+    return t;
+}
+
+// ----- cold texts -----
+
+[[gnu::cold]] PyObject* raise_value_error(const char* text) {
+    PyErr_SetString(PyExc_ValueError, text);
+    return nullptr;
+}
+
+[[gnu::cold]] PyObject* raise_surplus() { return raise_value_error("argument must be iterable or sequence"); }
+
+[[gnu::cold]] PyObject* raise_modified() {
+    return raise_value_error("the collection was modified during the operation");
+}
+
+// ----- the walk -----
+
+// The collection's own enumerator; null with an exception set.
+PyObject* own_iterator(PyObject* self) {
+    PyObject* iterator = PyObject_GetIter(self);
+    if (iterator == nullptr && !PyErr_Occurred()) raise_modified();
+    return iterator;
+}
+
+// Stores the enumerator's elements at positions 0..n-1 of `list`, each also at `copies` - 1 further
+// positions n apart. Surplus is an error; the number stored is returned, -1 on failure.
+Py_ssize_t fill_from_walk(PyObject* self, PyObject* list, Py_ssize_t n, Py_ssize_t copies) {
+    PyObject* iterator = own_iterator(self);
+    if (iterator == nullptr) return -1;
+    Py_ssize_t i = 0;
+    PyObject* item;
+    while ((item = PyIter_Next(iterator)) != nullptr) {
+        if (i == n) {
+            Py_DECREF(item);
+            raise_surplus();
+            break;
+        }
+        if (copies == 0) {
+            Py_DECREF(item);
+        } else {
+            PyList_SET_ITEM(list, i, item);
+            for (Py_ssize_t j = 1; j < copies; ++j) PyList_SET_ITEM(list, i + j * n, Py_NewRef(item));
+        }
+        ++i;
+    }
+    Py_DECREF(iterator);
+    return PyErr_Occurred() ? -1 : i;
+}
+
+// A list of n + extra places whose first n hold the collection's elements, exactly n of them.
+PyObject* walked_head(PyObject* self, Py_ssize_t n, Py_ssize_t extra) {
+    PyObject* list = PyList_New(n + extra);
+    if (list == nullptr) return nullptr;
+    const Py_ssize_t got = fill_from_walk(self, list, n, 1);
+    if (got == n) return list;
+    if (got >= 0) raise_surplus();  // fewer elements than the length told
+    Py_DECREF(list);
+    return nullptr;
+}
+
+bool has_length_slot(PyObject* object) {
+    PySequenceMethods* sequence = Py_TYPE(object)->tp_as_sequence;
+    return sequence != nullptr && sequence->sq_length != nullptr;
+}
+
+PyObject* col_compare(PyObject* self, PyObject* other, int op, PyTypeObject* type) {
+    const int same = PyObject_IsInstance(other, reinterpret_cast<PyObject*>(type));
+    if (same == 0) Py_RETURN_NOTIMPLEMENTED;
+    if (same < 0) return nullptr;
+    return class_compare(handle_of(self), handle_of(other), op);
+}
+
+PyObject* icol_compare(PyObject* self, PyObject* other, int op) {
+    return col_compare(self, other, op, &Interop_IColWrapper_Type);
+}
+
+PyObject* rocol_compare(PyObject* self, PyObject* other, int op) {
+    return col_compare(self, other, op, &Interop_RoColBaseWrapper_Type);
+}
+
+PyObject* icol_new(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
+    return gated_new(type, Interop_IColWrapper_status(), args, kwargs);
+}
+
+PyObject* rocol_new(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
+    return gated_new(type, Interop_RoColBaseWrapper_status(), args, kwargs);
+}
+
+PyMethodDef g_methods[] = {{"count", collection_count, METH_O, nullptr},
+                           {"copy", collection_copy, METH_NOARGS, nullptr},
+                           {"contains", collection_contains, METH_O, nullptr},
+                           {nullptr, nullptr, 0, nullptr}};
+
+PyGetSetDef g_getset[] = {{"length", collection_length_attr, nullptr, nullptr, nullptr},
+                          {nullptr, nullptr, nullptr, nullptr, nullptr}};
+
+PySequenceMethods g_sequence = collection_sequence_methods(nullptr);
+
+PyTypeObject collection_type(const char* name) {
+    PyTypeObject t = {PyVarObject_HEAD_INIT(nullptr, 0)};
+    t.tp_name = name;
+    t.tp_basicsize = sizeof(WrapperObject);
+    t.tp_dealloc = class_dealloc;
+    t.tp_hash = class_hash;
+    t.tp_flags = Py_TPFLAGS_DEFAULT;
+    t.tp_iter = iterable_iter;
+    t.tp_as_sequence = &g_sequence;
+    t.tp_methods = g_methods;
+    t.tp_getset = g_getset;
+    t.tp_init = no_constructor_init;
+    return t;
+}
+
+}  // namespace
+
+PyTypeObject Interop_IColWrapper_Type = [] {
+    PyTypeObject t = collection_type("orvane.pyfigura._wrpgen._interop._IColWrapper");
+    t.tp_richcompare = icol_compare;
+    t.tp_new = icol_new;
+    return t;
+}();
+
+PyTypeObject Interop_RoColBaseWrapper_Type = [] {
+    PyTypeObject t = collection_type("orvane.pyfigura._wrpgen._interop._RoColBaseWrapper");
+    t.tp_richcompare = rocol_compare;
+    t.tp_new = rocol_new;
+    return t;
+}();
+
+const TypeInitStatus& Interop_IColWrapper_status() {
+    static const TypeInitStatus status = [] {
+        const StatusGetter references[] = {Interop_IterableWrapper_status};
+        return compute_status(collection_table().header, references, 1);
+    }();
+    return status;
+}
+
+const TypeInitStatus& Interop_RoColBaseWrapper_status() {
+    static const TypeInitStatus status = [] {
+        const StatusGetter references[] = {Interop_IColWrapper_status, Interop_IterableWrapper_status};
+        return compute_status(ro_base_table().header, references, 2);
+    }();
+    return status;
+}
+
+const ListEntries& collection_entries() {
+    static const ListEntries entries = [] {
+        void* const* slots = collection_table().entries;
+        ListEntries e{};
+        e.length = reinterpret_cast<decltype(e.length)>(slots[0]);
+        e.contains = reinterpret_cast<decltype(e.contains)>(slots[1]);
+        e.count_of = reinterpret_cast<decltype(e.count_of)>(slots[2]);
+        return e;
+    }();
+    return entries;
+}
+
+ListEntries collection_item_entries(void* sq_get_item, void* sq_get_item_no_check) {
+    ListEntries e = collection_entries();
+    e.get_item = reinterpret_cast<decltype(e.get_item)>(sq_get_item);
+    e.get_item_no_check = reinterpret_cast<decltype(e.get_item_no_check)>(sq_get_item_no_check);
+    return e;
+}
+
+Py_ssize_t collection_length(PyObject* self) { return list_length(self, collection_entries()); }
+
+PyObject* collection_length_attr(PyObject* self, void*) { return list_length_attr(self, collection_entries()); }
+
+int collection_sq_contains(PyObject* self, PyObject* value) {
+    return list_sq_contains(self, value, collection_entries());
+}
+
+PyObject* collection_contains(PyObject* self, PyObject* value) {
+    return list_contains(self, value, collection_entries());
+}
+
+PyObject* collection_count(PyObject* self, PyObject* value) { return list_count(self, value, collection_entries()); }
+
+PyObject* collection_copy(PyObject* self, PyObject*) {
+    const Py_ssize_t n = collection_length(self);
+    if (n < 0 && PyErr_Occurred()) return nullptr;
+    PyObject* list = PyList_New(n);
+    if (list == nullptr) return nullptr;
+    const Py_ssize_t got = fill_from_walk(self, list, n, 1);
+    if (got < 0) {
+        Py_DECREF(list);
+        return nullptr;
+    }
+    // A collection that lost elements under the walk gives the shorter list; its tail holds no item.
+    if (got < n) Py_SET_SIZE(list, got);
+    return list;
+}
+
+PyObject* collection_repeat(PyObject* self, Py_ssize_t count) {
+    if (count < 0) count = 0;
+    const Py_ssize_t n = collection_length(self);
+    if (n < 0 && PyErr_Occurred()) return nullptr;
+    if (n > 0 && count > PY_SSIZE_T_MAX / n) return PyErr_NoMemory();
+    PyObject* list = PyList_New(count * n);
+    if (list == nullptr) return nullptr;
+    const Py_ssize_t got = fill_from_walk(self, list, n, count);
+    if (got < 0) {
+        Py_DECREF(list);
+        return nullptr;
+    }
+    if (got < n && count > 0) {
+        // Shortage leaves holes in every copy: close them up, keeping the order of each copy.
+        for (Py_ssize_t j = 1; j < count; ++j)
+            for (Py_ssize_t i = 0; i < got; ++i)
+                PyList_SET_ITEM(list, j * got + i, PyList_GET_ITEM(list, j * n + i));
+        Py_SET_SIZE(list, count * got);
+    }
+    return list;
+}
+
+PyObject* collection_concat(PyObject* self, PyObject* other) {
+    const Py_ssize_t n = collection_length(self);
+    if (n < 0 && PyErr_Occurred()) return nullptr;
+    if (PyList_CheckExact(other) || PyTuple_CheckExact(other)) {
+        PyObject* fast = PySequence_Fast(other, "argument must be iterable");
+        if (fast == nullptr) return nullptr;
+        const Py_ssize_t m = PySequence_Fast_GET_SIZE(fast);
+        PyObject* list = walked_head(self, n, m);
+        if (list != nullptr) {
+            PyObject** items = PySequence_Fast_ITEMS(fast);
+            for (Py_ssize_t k = 0; k < m; ++k) PyList_SET_ITEM(list, n + k, Py_NewRef(items[k]));
+        }
+        Py_DECREF(fast);
+        return list;
+    }
+    if (PySequence_Check(other) && has_length_slot(other)) {
+        const Py_ssize_t m = PySequence_Size(other);
+        if (m < 0) return nullptr;
+        PyObject* list = walked_head(self, n, m);
+        if (list == nullptr) return nullptr;
+        for (Py_ssize_t k = 0; k < m; ++k) {
+            PyObject* item = PySequence_GetItem(other, k);
+            if (item == nullptr) {
+                Py_DECREF(list);
+                return nullptr;
+            }
+            PyList_SET_ITEM(list, n + k, item);
+        }
+        return list;
+    }
+    if (Py_TYPE(other)->tp_iter == nullptr && !PySequence_Check(other)) return raise_surplus();
+    PyObject* list = walked_head(self, n, 0);
+    if (list == nullptr) return nullptr;
+    PyObject* iterator = PyObject_GetIter(other);
+    if (iterator == nullptr) {
+        Py_DECREF(list);
+        return PyErr_Occurred() ? nullptr : raise_value_error("argument must be iterable");
+    }
+    PyObject* item;
+    while ((item = PyIter_Next(iterator)) != nullptr) {
+        const int appended = PyList_Append(list, item);
+        Py_DECREF(item);
+        if (appended < 0) break;
+    }
+    Py_DECREF(iterator);
+    if (PyErr_Occurred()) Py_CLEAR(list);
+    return list;
+}
+
+PySequenceMethods collection_sequence_methods(ssizeargfunc item) {
+    PySequenceMethods s = {};
+    s.sq_length = collection_length;
+    s.sq_concat = collection_concat;
+    s.sq_repeat = collection_repeat;
+    s.sq_item = item;
+    s.sq_contains = collection_sq_contains;
+    return s;
+}
