@@ -35,6 +35,7 @@ test-assets: layout
 	    -o $(BUILD)/test-assets/no-boxstctarget/pyfigura --nologo -v quiet
 	$(DOTNET) publish tests/support/no-enum-accessor/NoEnumAccessor.csproj -c Release \
 	    -o $(BUILD)/test-assets/no-enum-accessor/pyfigura --nologo -v quiet
+	$(DOTNET) build examples/gallery/csharp/Gallery.csproj -c Release -o $(BUILD)/test-assets/gallery --nologo -v quiet
 
 layout: native managed
 	PY=$(PY) scripts/layout.sh $(BUILD)
@@ -49,6 +50,7 @@ test-python:
 
 demo: deps all
 	PYTHONPATH=$(BUILD)/python $(PY) examples/demo.py
+	PYTHONPATH=$(BUILD)/python $(PY) examples/gallery/shapes_and_text.py
 
 bench: all test-assets
 	$(DOTNET) build bench/csharp/ManagedCallBench.csproj -c Release -o $(BUILD)/bench/csharp --nologo -v quiet
