@@ -29,15 +29,6 @@ FILTERS = [
 ]
 
 
-def color_matrix(rows):
-    """A ColorMatrix from five rows of five numbers, set element by element."""
-    matrix = imaging.ColorMatrix()
-    for i, row in enumerate(rows):
-        for j, value in enumerate(row):
-            setattr(matrix, f"matrix{i}{j}", value)
-    return matrix
-
-
 def make_picture():
     """The picture every panel shows: a colour wheel, a gradient bar and a word."""
     picture = Bitmap(PANEL_W, PANEL_H)
@@ -74,7 +65,8 @@ def draw(path):
                 # A checkerboard behind each panel shows where the filter lets it through.
                 g.fill_rectangle(checks, cell)
                 with imaging.ImageAttributes() as attributes:
-                    attributes.set_color_matrix(color_matrix(rows_of_five))
+                    # Nested lists make the matrix; single elements are properties too (matrix.matrix33).
+                    attributes.set_color_matrix(imaging.ColorMatrix(rows_of_five))
                     g.draw_image(picture, cell, 0, 0, PANEL_W, PANEL_H, GraphicsUnit.PIXEL, attributes)
                 g.draw_string(name, font, Brushes.black, RectangleF(x, y + PANEL_H + 3, PANEL_W, LABEL), centred)
         canvas.save(path)

@@ -26,16 +26,14 @@ def rounded_rectangle(x, y, width, height, radius):
 
 
 def star(cx, cy, outer, inner, points=5):
-    """A star as a closed figure of straight segments."""
-    path = drawing2d.GraphicsPath()
+    """A star as a polygon: corners alternate between the outer and the inner radius."""
     corners = []
     for i in range(points * 2):
         radius = outer if i % 2 == 0 else inner
         angle = math.pi * i / points - math.pi / 2
         corners.append(PointF(cx + radius * math.cos(angle), cy + radius * math.sin(angle)))
-    for a, b in zip(corners, corners[1:]):
-        path.add_line(a, b)
-    path.close_figure()
+    path = drawing2d.GraphicsPath()
+    path.add_polygon(corners)
     return path
 
 
@@ -44,10 +42,14 @@ def draw(path):
         with Graphics.from_image(bitmap) as g:
             g.smoothing_mode = drawing2d.SmoothingMode.ANTI_ALIAS
 
-            # Background: a vertical two-colour gradient over the whole canvas.
-            with drawing2d.LinearGradientBrush(Rectangle(0, 0, WIDTH, HEIGHT), Color.midnight_blue,
-                                               Color.dark_slate_blue,
+            # Background: a vertical gradient through three colours (a ColorBlend replaces the two
+            # colours given to the constructor).
+            with drawing2d.LinearGradientBrush(Rectangle(0, 0, WIDTH, HEIGHT), Color.black, Color.black,
                                                drawing2d.LinearGradientMode.VERTICAL) as sky:
+                blend = drawing2d.ColorBlend(3)
+                blend.colors = [Color.midnight_blue, Color.dark_slate_blue, Color.medium_purple]
+                blend.positions = [0.0, 0.7, 1.0]
+                sky.interpolation_colors = blend
                 g.fill_rectangle(sky, 0, 0, WIDTH, HEIGHT)
 
             # A rounded card with a diagonal gradient. A float after the colours would be taken
@@ -60,11 +62,12 @@ def draw(path):
                 g.fill_path(fill, card)
                 g.draw_path(edge, card)
 
-            # A glowing disc: a path gradient from a bright centre to the path's edge.
+            # A glowing disc: a path gradient from a bright centre to the colour of the path's edge.
             with drawing2d.GraphicsPath() as disc:
                 disc.add_ellipse(360, 30, 240, 180)
                 with drawing2d.PathGradientBrush(disc) as glow:
-                    glow.center_color = Color.light_sky_blue
+                    glow.center_color = Color.white
+                    glow.surround_colors = [Color.deep_sky_blue]
                     glow.center_point = PointF(440, 90)
                     g.fill_path(glow, disc)
 

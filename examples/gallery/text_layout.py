@@ -5,9 +5,8 @@
 import os
 import sys
 
-from orvane.pyfigura import (Bitmap, Brushes, Color, Font, FontFamily, FontStyle, Graphics, Pen, Pens,
-                             RectangleF, SizeF, SolidBrush, StringAlignment, StringFormat, StringFormatFlags,
-                             StringTrimming)
+from orvane.pyfigura import (Bitmap, Brushes, Color, Font, FontFamily, FontStyle, Graphics, Pen, RectangleF,
+                             SizeF, StringAlignment, StringFormat, StringFormatFlags, StringTrimming)
 from orvane.pyfigura import text
 
 WIDTH, HEIGHT = 640, 420

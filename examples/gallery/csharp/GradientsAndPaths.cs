@@ -1,6 +1,5 @@
 // C# twin of examples/gallery/gradients_and_paths.py: linear and path gradients filling GraphicsPath shapes.
 using System;
-using System.Collections.Generic;
 using System.Drawing;
 using System.Drawing.Drawing2D;
 
@@ -22,17 +21,15 @@ static class GradientsAndPaths
 
     static GraphicsPath Star(double cx, double cy, double outer, double inner, int points = 5)
     {
-        var path = new GraphicsPath();
-        var corners = new List<PointF>();
+        var corners = new PointF[points * 2];
         for (int i = 0; i < points * 2; i++)
         {
             double radius = i % 2 == 0 ? outer : inner;
             double angle = Math.PI * i / points - Math.PI / 2;
-            corners.Add(new PointF((float)(cx + radius * Math.Cos(angle)), (float)(cy + radius * Math.Sin(angle))));
+            corners[i] = new PointF((float)(cx + radius * Math.Cos(angle)), (float)(cy + radius * Math.Sin(angle)));
         }
-        for (int i = 0; i + 1 < corners.Count; i++)
-            path.AddLine(corners[i], corners[i + 1]);
-        path.CloseFigure();
+        var path = new GraphicsPath();
+        path.AddPolygon(corners);
         return path;
     }
 
@@ -43,9 +40,15 @@ static class GradientsAndPaths
         {
             g.SmoothingMode = SmoothingMode.AntiAlias;
 
-            using (var sky = new LinearGradientBrush(new Rectangle(0, 0, Width, Height), Color.MidnightBlue,
-                                                     Color.DarkSlateBlue, LinearGradientMode.Vertical))
+            using (var sky = new LinearGradientBrush(new Rectangle(0, 0, Width, Height), Color.Black, Color.Black,
+                                                     LinearGradientMode.Vertical))
+            {
+                var blend = new ColorBlend(3);
+                blend.Colors = new[] { Color.MidnightBlue, Color.DarkSlateBlue, Color.MediumPurple };
+                blend.Positions = new[] { 0f, 0.7f, 1f };
+                sky.InterpolationColors = blend;
                 g.FillRectangle(sky, 0f, 0f, Width, Height);
+            }
 
             var cardBounds = new RectangleF(30, 30, 280, 180);
             using (var card = RoundedRectangle(30, 30, 280, 180, 24))
@@ -61,7 +64,8 @@ static class GradientsAndPaths
             {
                 disc.AddEllipse(360f, 30f, 240f, 180f);
                 using var glow = new PathGradientBrush(disc);
-                glow.CenterColor = Color.LightSkyBlue;
+                glow.CenterColor = Color.White;
+                glow.SurroundColors = new[] { Color.DeepSkyBlue };
                 glow.CenterPoint = new PointF(440, 90);
                 g.FillPath(glow, disc);
             }
