@@ -27,7 +27,8 @@ EXTENSION = {"jpeg_quality": ".jpg"}
 def build_csharp():
     """Build the C# gallery unless it is newer than its sources."""
     folder = os.path.dirname(PROJECT)
-    newest = max(os.path.getmtime(os.path.join(folder, name)) for name in os.listdir(folder))
+    newest = max(os.path.getmtime(os.path.join(folder, name)) for name in os.listdir(folder)
+                 if name.endswith((".cs", ".csproj")))
     if os.path.exists(CSHARP_DLL) and os.path.getmtime(CSHARP_DLL) >= newest:
         return
     subprocess.run(["dotnet", "build", PROJECT, "-c", "Release", "-o", CSHARP_OUT, "--nologo", "-v", "quiet"],

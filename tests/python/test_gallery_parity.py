@@ -27,7 +27,8 @@ EXTENSION = {"jpeg_quality": ".jpg"}   # every other scene writes a PNG
 @pytest.fixture(scope="module")
 def csharp_gallery():
     """Path of the C# gallery, built on first use when `make test-assets` has not built it."""
-    sources = [os.path.join(GALLERY, "csharp", name) for name in os.listdir(os.path.join(GALLERY, "csharp"))]
+    sources = [os.path.join(GALLERY, "csharp", name) for name in os.listdir(os.path.join(GALLERY, "csharp"))
+               if name.endswith((".cs", ".csproj"))]
     stale = not os.path.exists(CSHARP_DLL) or max(map(os.path.getmtime, sources)) > os.path.getmtime(CSHARP_DLL)
     if stale:
         build = subprocess.run(["dotnet", "build", CSHARP_PROJECT, "-c", "Release", "-o", CSHARP_OUT,
