@@ -10,6 +10,7 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, HERE)
 
 import api_model  # noqa: E402
+import generic_emitter  # noqa: E402
 import managed_emitter  # noqa: E402
 import native_emitter  # noqa: E402
 
@@ -22,6 +23,8 @@ def main():
     model = api_model.load(args.api)
     native = native_emitter.emit_native(model, os.path.join(args.out, "native"))
     managed_emitter.emit_managed(model, os.path.join(args.out, "managed"))
+    generic_emitter.write_all(generic_emitter.emit_native(model, os.path.join(args.out, "native")))
+    generic_emitter.write_all(generic_emitter.emit_managed(model, os.path.join(args.out, "managed")))
     print(f"generated {len(native)} native files from {len(model.classes)} classes into {args.out}")
 
 

@@ -68,13 +68,15 @@ class ClassEmitter:
                     element = "Int32"
                 form = self.forms.param(element, p.get("clr"))
                 result = self.forms.result(LIST_ELEMENT_RESULTS.get(element, "int"))
-                locals_.append(f"{form.c_type} {name}{form.init if form.kind != 'lease' else ''};")
+                lease = form.kind == "lease"
+                locals_.append(f"BufferLeaseGuard {name};" if lease else f"{form.c_type} {name}{form.init};")
                 out_type = result.c_type if result.kind in ("scalar", "object", "handle") else "int32_t"
                 locals_.append(f"{out_type} {name}_out{{}};")
-                locals_.append(f"ListCell {name}_cell{{nullptr, {form.converter}, &{name}}};")
+                item_output = f"{name}.lease()" if lease else f"&{name}"
+                locals_.append(f"ListCell {name}_cell{{nullptr, {form.converter}, {item_output}}};")
                 units.append(("convert_list_cell", f"&{name}_cell"))
-                wire_types.append(form.wire_type())
-                wire_args.append(f"&{name}" if form.pass_address else name)
+                wire_types.append("BufferArg*" if lease else form.wire_type())
+                wire_args.append(f"{name}.arg()" if lease else (f"&{name}" if form.pass_address else name))
                 wire_types.append(out_type + "*")
                 wire_args.append(f"&{name}_out")
                 lists.append((name, result))
@@ -109,10 +111,6 @@ class ClassEmitter:
         locals_, units, wire_types, wire_args, lists = self.param_plan(trial["params"])
         result = None if constructor else self.forms.result(result_spelling, result_clr)
         lines = []
-        pending_lists = [p for p in trial["params"]
-                         if p["kind"] == "list" and LIST_ELEMENTS.get(p.get("clr"), "Int32").endswith("[]")]
-        if pending_lists:
-            result = ResultForm("pending", make="ref and out array parameters are not supported yet")
         if trial.get("unmatched"):
             # The description names this overload but the managed API has none of its shape.
             result = ResultForm("pending", make="this overload has no managed counterpart")
@@ -169,7 +167,12 @@ class ClassEmitter:
         lines.append(f"{pad}if (result == nullptr) return {failure};")
         lines.append(f"{pad}OutValues<{len(lists)}> outs;")
         for name, res in lists:
-            value = res.make.replace("(r)", f"({name}_out)") if res.kind == "scalar" else f"{name}_out"
+            if res.kind == "scalar":
+                value = res.make.replace("(r)", f"({name}_out)")
+            elif res.kind == "handle":
+                value = f"{res.wrap}({name}_out)"
+            else:
+                value = f"{name}_out"
             lines.append(f"{pad}if (!outs.add({value})) {{ Py_DECREF(result); return {failure}; }}")
         cells = ", ".join(f"{name}_cell.list" for name, _ in lists)
         lines.append(f"{pad}PyObject* lists[] = {{{cells}}};")
@@ -545,7 +548,7 @@ class ClassEmitter:
 
 def emit_header(model, classes):
     lines = [BANNER.rstrip(), "// Declarations of every generated class's artefacts.", "#pragma once",
-             '#include "bridge/generated_support.h"', ""]
+             '#include "bridge/generated_support.h"', '#include "generated_generics.h"', ""]
     for cls in classes:
         i = ident(cls["name"])
         wrap_arg = "const TypedHandle*" if cls["shape"] == "interface" else "InstanceHandle"

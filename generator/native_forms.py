@@ -4,6 +4,7 @@ A parameter form says how a Python argument is converted and handed to an entry;
 says what the entry returns and how that becomes a Python object. Kinds whose marshalling is not
 bound yet get a converter that refuses with a clear TypeError, so that every class exists whole.
 """
+import generic_emitter
 
 SCALAR_PARAMS = {
     # spelling: (C type, converter)
@@ -31,7 +32,6 @@ VALUE_TYPES = {"Point", "PointF", "Size", "SizeF", "Rectangle", "RectangleF", "C
 
 # Kinds bound by later work: their parameters refuse with a clear message before any managed call.
 PENDING_PARAM_CONVERTERS = {
-    "array": "convert_pending_array",
     "value": "convert_pending_value",
 }
 
@@ -102,7 +102,7 @@ class Forms:
         if spelling == "Stream":
             return ParamForm("StreamArg", "convert_stream", True)
         if spelling.endswith("[]"):
-            return ParamForm("ArrayArg", PENDING_PARAM_CONVERTERS["array"], True)
+            return ParamForm("ArrayArg", generic_emitter.array_converter(m, spelling), True)
         if spelling in VALUE_TYPES:
             return ParamForm(spelling + "Value", spelling + "_convert", True)
         if m.is_class(spelling):
@@ -142,7 +142,7 @@ class Forms:
         if spelling == "object":
             return ResultForm("object", "PyObject*")
         if spelling.endswith("[]"):
-            return ResultForm("pending", make=f"results of type '{spelling}' are not supported yet")
+            return ResultForm("handle", "InstanceHandle", wrap=generic_emitter.array_wrap(m, spelling))
         if spelling in VALUE_TYPES:
             return ResultForm("value", spelling + "Value", wrap=spelling + "_wrap")
         if m.is_class(spelling):

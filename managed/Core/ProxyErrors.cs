@@ -10,7 +10,7 @@ namespace Orvane.WrpGen.Interop
         {
             try
             {
-                if (NativeCallbacks.RaiseProxyError == null) return;
+                if (NativeCallbacks.RaiseProxyError == null || exception is PythonErrorPending) return;
                 IntPtr type = NativeCallbacks.PyStringQuiet(exception.GetType().FullName);
                 IntPtr message = NativeCallbacks.PyStringQuiet(exception.Message);
                 NativeCallbacks.RaiseProxyError(type, message);

@@ -43,12 +43,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>Array arguments are not wired yet; the native converter refuses them before any call.</summary>
-        public static T ReadArray<T>(ArrayArg* arg) where T : class
-        {
-            throw new NotSupportedException("array arguments are not supported yet");
-        }
-
         /// <summary>A Python str, read in place through the values-in callback that exposes its characters.</summary>
         private static string ReadPyString(IntPtr str)
         {

@@ -2,6 +2,7 @@
 #include "interop/element_callbacks.h"
 
 #include "generated_classes.h"
+#include "marshal/array_marshal.h"
 #include "marshal/buffer_marshal.h"
 #include "marshal/scalar_marshal.h"
 #include "marshal/string_marshal.h"
@@ -57,9 +58,7 @@ void* fn(Fn f) {
     return reinterpret_cast<void*>(f);
 }
 
-// Per kind, the list reader and the sequence reader. The value kinds (Color, Point, PointF, Rectangle,
-// RectangleF) wait for the converters of the native value types, and kind 16 for the typed-array
-// converter; their cells stay null until then.
+// Per kind, the list reader and the sequence reader.
 struct KindReaders {
     void* list;
     void* sequence;
@@ -74,21 +73,21 @@ const KindReaders* kind_table() {
     static const KindReaders table[kElementKinds] = {
         {fn(&list_byte_array), fn(&sequence_byte_array)},  // 0 byte array or buffer
         readers<CharacterRange_convert>(),                   // 1 InstanceArg
-        {},                                                  // 2 Color
+        readers<Color_convert>(),                            // 2
         readers<ColorMap_convert>(),                         // 3
         readers<EncoderParameter_convert>(),                 // 4
-        {},                                                  // 5 Point
-        {},                                                  // 6 PointF
+        readers<Point_convert>(),                            // 5
+        readers<convert_pointf_element>(),                   // 6 a Point widens
         readers<PaperSize_convert>(),                        // 7
         readers<PaperSource_convert>(),                      // 8
         readers<PrinterResolution_convert>(),                // 9
-        {},                                                  // 10 Rectangle
-        {},                                                  // 11 RectangleF
+        readers<Rectangle_convert>(),                        // 10
+        readers<convert_rectanglef_element>(),              // 11 a Rectangle widens
         readers<convert_int16>(),                            // 12
         readers<convert_int32>(),                            // 13
         readers<convert_int64>(),                            // 14
         readers<convert_single>(),                           // 15
-        {},                                                  // 16 typed array
+        readers<Generic_Array_FCB07591_convert>(),           // 16 ArrayArg of Single
         readers<convert_string>(),                           // 17 StringArg
     };
     return table;

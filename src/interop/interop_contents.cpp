@@ -28,7 +28,6 @@ const InteropRegistration kInteropTypes[] = {
 }  // namespace
 
 const InteropContents kInteropContents = {kInteropTypes, sizeof kInteropTypes / sizeof kInteropTypes[0]};
-const GenericContents kGenericContents = {};
 
 PyTypeObject* const kRootDescriptorTypes[] = {&FieldDescrType, &MixMethodDescrType, nullptr};
 const char* const kRootDescriptorNames[] = {"_FieldDescrType", "_MixMethodDescrType", nullptr};

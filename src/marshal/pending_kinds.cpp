@@ -10,5 +10,4 @@ int refuse(const char* kind, PyObject* object) {
 
 }  // namespace
 
-int convert_pending_array(PyObject* object, void*) { return refuse("array", object); }
 int convert_pending_value(PyObject* object, void*) { return refuse("value-type", object); }

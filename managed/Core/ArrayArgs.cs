@@ -1,0 +1,91 @@
+// Reads an array argument into a managed array: a handle's array as it is, or a copy of a Python list or sequence.
+using System;
+
+namespace Orvane.WrpGen.Interop
+{
+    /// <summary>
+    /// A Python exception is pending because an element reader refused an element: the entry must return
+    /// and leave that exception for the caller, so it is never reported as a proxy error.
+    /// </summary>
+    public sealed class PythonErrorPending : Exception
+    {
+        public PythonErrorPending() : base("a Python exception is pending") { }
+    }
+
+    public static unsafe class ArrayArgs
+    {
+        private const int KindHandle = 0;
+        private const int KindList = 2;
+        private const int KindSequence = 3;
+        private const int GroupContainers = 5;
+        private const int ListSize = 0;
+        private const int SequenceSize = 4;
+        private const int SequenceHalf = 18;
+
+        /// <summary>
+        /// The array of an ArrayArg. Elements of a list or sequence are fetched one at a time by the element
+        /// reader of <paramref name="kind"/> into a wire record, which <paramref name="toManaged"/> turns into T.
+        /// </summary>
+        public static T[] Read<T, TWire>(ArrayArg* arg, int kind, delegate*<TWire*, T> toManaged) where TWire : unmanaged
+        {
+            switch (arg->Kind)
+            {
+                case KindHandle:
+                    return (T[])InstanceHandles.Get(arg->Value);
+                case KindList:
+                    return FromList(arg->Value, kind, toManaged);
+                case KindSequence:
+                    return FromSequence(arg->Value, kind, toManaged);
+                default:
+                    throw new NotSupportedException("an array argument of kind " + arg->Kind + " is not known");
+            }
+        }
+
+        private static T[] FromList<T, TWire>(IntPtr list, int kind, delegate*<TWire*, T> toManaged) where TWire : unmanaged
+        {
+            long count = Size(list, ListSize);
+            var read = (delegate* unmanaged<IntPtr, int, TWire*, int>)Reader(kind);
+            var result = new T[count];
+            for (int i = 0; i < result.Length; i++)
+            {
+                TWire wire = default;
+                if (read(list, i, &wire) != 0) throw new PythonErrorPending();
+                result[i] = toManaged(&wire);
+            }
+            return result;
+        }
+
+        private static T[] FromSequence<T, TWire>(IntPtr sequence, int kind, delegate*<TWire*, T> toManaged) where TWire : unmanaged
+        {
+            long count = Size(sequence, SequenceSize);
+            var read = (delegate* unmanaged<IntPtr, int, IntPtr*, TWire*, int>)Reader(SequenceHalf + kind);
+            var result = new T[count];
+            for (int i = 0; i < result.Length; i++)
+            {
+                TWire wire = default;
+                IntPtr held = IntPtr.Zero;
+                if (read(sequence, i, &held, &wire) != 0) throw new PythonErrorPending();
+                try
+                {
+                    result[i] = toManaged(&wire);
+                }
+                finally
+                {
+                    NativeCallbacks.DecRef(held);  // the wire record may point into the item until here
+                }
+            }
+            return result;
+        }
+
+        private static long Size(IntPtr container, int row)
+        {
+            var size = (delegate* unmanaged<IntPtr, long>)((IntPtr*)NativeCallbacks.StaticGroups[GroupContainers])[row];
+            long count = size(container);
+            if (count < 0) throw new PythonErrorPending();
+            return count;
+        }
+
+        /// <summary>The element reader at a position of the generic table: each cell holds the function's address.</summary>
+        private static IntPtr Reader(int position) => *(IntPtr*)NativeCallbacks.GenericCells[position];
+    }
+}
