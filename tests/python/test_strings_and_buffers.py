@@ -130,8 +130,8 @@ class TestByteArrayParameters:
         base = bytearray(b"abcdef")
         view = memoryview(base)[::2]
         with pytest.raises(TypeError) as info:
-            imaging.EncoderParameter(QUALITY, view)
-        assert info.value.args[0][8] == "can't get internal buffer"
+            imaging.EncoderParameter(QUALITY, view, True)  # alone, the view is a sequence for Int16[]
+        assert info.value.args[0][9] == "can't get internal buffer"
         view.release()  # would raise BufferError if an export were still held
         base.extend(b"!")
         assert base == bytearray(b"abcdef!")
