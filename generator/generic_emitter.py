@@ -155,10 +155,10 @@ def native_instantiation(model, generic, inst):
                       "        ClassEntryTable<1> x{};",
                       f'        static const char* const names[] = {{"{entry}"}};',
                       f'        bind_class_entries(x.header, x.entries, "{tables[role].format(suffix=sfx)}", names, 1);',
-                      "        return x;", "    }();", "    return t;", "}", "",
-                      f"const TypeInitStatus& {role}_status() {{",
-                      f"    static const TypeInitStatus status = compute_status({role}_table().header, nullptr, 0);",
-                      "    return status;", "}", ""]
+                      "        return x;", "    }();", "    return t;", "}", ""]
+        lines += ["const TypeInitStatus& enumerable_status() {",
+                  "    static const TypeInitStatus status = compute_status(enumerable_table().header, nullptr, 0);",
+                  "    return status;", "}", ""]
         lines += ["const TypeInitStatus& array_type_status() {",
                   "    static const TypeInitStatus status = [] {",
                   "        const StatusGetter references[] = {Interop_ArrayWrapper_status, enumerable_status};",

@@ -1,7 +1,9 @@
 // The array protocol over a managed array table, with element conversions told by an element family:
 // the typed arrays and iterators of _wrpgen._generic are instantiations of these templates.
 #pragma once
+#ifndef PY_SSIZE_T_CLEAN
 #define PY_SSIZE_T_CLEAN
+#endif
 #include <Python.h>
 
 #include <cstdint>

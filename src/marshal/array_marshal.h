@@ -1,6 +1,8 @@
 // Array arguments: the ArrayArg record and the converter behind every typed-array parameter.
 #pragma once
+#ifndef PY_SSIZE_T_CLEAN
 #define PY_SSIZE_T_CLEAN
+#endif
 #include <Python.h>
 
 #include <cstdint>
