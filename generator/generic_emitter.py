@@ -100,7 +100,7 @@ class Element:
             self.native_family = None
             self.managed_type = "float[]"
             self.wire_in = self.wire_out = "ArrayArg"
-            self.read = "global::Orvane.WrpGen.Generic.SiApiArray_FCB07591.Read({0})"
+            self.read = managed_reader(model, name) + "({0})"
             self.write = None
         elif self.is_class:
             cls = model.class_by_name[name]
