@@ -248,8 +248,12 @@ def emit_native(model, out_dir):
 
 # ----- managed ----------------------------------------------------------------------------------
 
+# Entries are bound once as native pointers and never tier up: compile them fully optimised.
+HOT_ENTRY = "[MethodImpl(MethodImplOptions.AggressiveOptimization)]"
+
 def uco(ret, name, params, body, failure):
     lines = ["        [UnmanagedCallersOnly]",
+             "        " + HOT_ENTRY,
              f"        public static {ret} {name}({', '.join(params)})",
              "        {", "            try", "            {", "                PendingReleases.DrainIfAny();"]
     lines += ["                " + b for b in body]

@@ -196,22 +196,35 @@ class ClassEmitter:
             for line in lines:
                 self.out(line)
             return
-        self.out(f"    PyObject* errors[{len(trials)}] = {{}};")
+        # A trial whose argument count can't match is only noted in the first pass; its message is
+        # made in a second pass, and only when no trial matched. So a call that reaches a later
+        # overload pays no exception for the earlier ones that differ in count, and the texts and
+        # their order stay what one pass over every trial would give.
+        n = len(trials)
+        self.out(f"    PyObject* errors[{n}] = {{}};")
+        self.out(f"    bool deferred[{n}] = {{}};")
+        self.out("    for (int pass = 0; pass < 2; ++pass) {")
         for i, t in enumerate(trials):
-            locals_, units, lines = self.call_and_wrap(t, self_arg, t.get("result"), t.get("result_clr"), 12,
+            locals_, units, lines = self.call_and_wrap(t, self_arg, t.get("result"), t.get("result_clr"), 16,
                                                        failure, constructor)
             kw, parse = self.parse_call(t["params"], units)
-            self.out(f"    {{  // {t['entry']}")
+            count = len(t["params"])
+            self.out(f"        {{  // {t['entry']}")
+            self.out(f"            if (pass == 0 ? argument_count(args, kwargs) == {count} : deferred[{i}]) {{")
             for line in locals_:
-                self.out("        " + line)
-            self.out("        " + kw)
-            self.out(f"        if ({parse}) {{")
-            self.out(f"            drop_trial_errors(errors, {i});")
+                self.out("                " + line)
+            self.out("                " + kw)
+            self.out(f"                if ({parse}) {{")
+            self.out(f"                    drop_trial_errors(errors, {i});")
             for line in lines:
-                self.out(line)
+                self.out("    " + line)
+            self.out("                }")
+            self.out(f"                keep_trial_error(&errors[{i}]);")
+            self.out("            } else if (pass == 0) {")
+            self.out(f"                deferred[{i}] = true;")
+            self.out("            }")
             self.out("        }")
-            self.out(f"        keep_trial_error(&errors[{i}]);")
-            self.out("    }")
+        self.out("    }")
         self.out(f"    raise_trial_errors(errors, {len(trials)});")
         self.out(f"    return {failure};")
 

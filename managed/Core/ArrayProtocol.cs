@@ -2,6 +2,7 @@
 using System;
 using System.Collections;
 using System.Linq;
+using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 
 namespace Orvane.WrpGen.Interop
@@ -15,6 +16,8 @@ namespace Orvane.WrpGen.Interop
         private const int Failed = -1;
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqLength(IntPtr self)
         {
             try
@@ -30,6 +33,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqContains(IntPtr self, VariantArg* value)
         {
             try
@@ -46,6 +51,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqGetItem(IntPtr self, int index, IntPtr* result)
         {
             try
@@ -63,6 +70,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr SqGetItemNoCheck(IntPtr self, int index)
         {
             try
@@ -78,6 +87,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqSetItem(IntPtr self, int index, VariantArg* value)
         {
             try
@@ -96,6 +107,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqSetItemNoChek(IntPtr self, int index, VariantArg* value)
         {
             try
@@ -111,6 +124,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int MpSetItems(IntPtr self, InstanceArg* other, int start, int count, int step)
         {
             try
@@ -126,6 +141,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Reverse(IntPtr self)
         {
             try
@@ -140,6 +157,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Sort(IntPtr self, int reverse)
         {
             try
@@ -154,6 +173,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value)
         {
             try
@@ -169,6 +190,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int CountOf(IntPtr self, VariantArg* value)
         {
             try
@@ -185,6 +208,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPyList(VariantArg* value)
         {
             try
@@ -200,6 +225,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value)
         {
             try
@@ -215,6 +242,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
             try
@@ -241,6 +270,8 @@ namespace Orvane.WrpGen.Interop
         private const int Failed = -1;
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqLength(IntPtr self)
         {
             try
@@ -256,6 +287,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Add(IntPtr self, VariantArg* value)
         {
             try
@@ -271,6 +304,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int Remove(IntPtr self, VariantArg* value)
         {
             try
@@ -290,6 +325,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Clear(IntPtr self)
         {
             try
@@ -304,6 +341,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqContains(IntPtr self, VariantArg* value)
         {
             try
@@ -320,6 +359,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqGetItem(IntPtr self, int index, IntPtr* result)
         {
             try
@@ -337,6 +378,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr SqGetItemNoCheck(IntPtr self, int index)
         {
             try
@@ -352,6 +395,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqSetItem(IntPtr self, int index, VariantArg* value)
         {
             try
@@ -370,6 +415,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqSetItemNoChek(IntPtr self, int index, VariantArg* value)
         {
             try
@@ -385,6 +432,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Insert(IntPtr self, int index, VariantArg* value)
         {
             try
@@ -402,6 +451,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int RemoveAt(IntPtr self, int index)
         {
             try
@@ -420,6 +471,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int Pop(IntPtr self, int argc, int index, IntPtr* result)
         {
             try
@@ -442,6 +495,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqInplaceConcat(IntPtr self, InstanceArg* other)
         {
             try
@@ -459,6 +514,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqInplaceRepeat(IntPtr self, int count)
         {
             try
@@ -476,6 +533,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int MpSetItems(IntPtr self, InstanceArg* other, int start, int count, int step)
         {
             try
@@ -491,6 +550,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void MpRemoveItems(IntPtr self, int start, int count, int step)
         {
             try
@@ -506,6 +567,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Reverse(IntPtr self)
         {
             try
@@ -520,6 +583,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Sort(IntPtr self, int reverse)
         {
             try
@@ -534,6 +599,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value)
         {
             try
@@ -549,6 +616,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int CountOf(IntPtr self, VariantArg* value)
         {
             try
@@ -565,6 +634,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void EnsureCapacity(IntPtr self, int count)
         {
             try
@@ -580,6 +651,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPyList(VariantArg* value)
         {
             try
@@ -595,6 +668,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value)
         {
             try
@@ -610,6 +685,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
             try

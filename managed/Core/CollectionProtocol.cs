@@ -3,6 +3,7 @@
 using System;
 using System.Collections;
 using System.Collections.Generic;
+using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 
 namespace Orvane.WrpGen.Interop
@@ -12,6 +13,7 @@ namespace Orvane.WrpGen.Interop
     {
         /// <summary>The number of elements; -1 with a Python exception set on failure.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqLength(IntPtr self)
         {
             try
@@ -27,6 +29,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqContains(IntPtr self, VariantArg* value)
         {
             try
@@ -43,6 +47,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int CountOf(IntPtr self, VariantArg* value)
         {
             try
@@ -60,13 +66,17 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>A managed list of the items of a Python list, as a handle; 0 on failure.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPyList(VariantArg* value) => NewList(value);
 
         /// <summary>A managed list of the items of a Python tuple or list, as a handle; 0 on failure.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewList(value);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
             return InstanceHandles.Get(handle) is ICollection ? (byte)1 : (byte)0;
@@ -94,12 +104,17 @@ namespace Orvane.WrpGen.Interop
     public static unsafe class SiApiReadOnlyCollectionBase
     {
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPyList(VariantArg* value) => NewItems(value);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewItems(value);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
             return InstanceHandles.Get(handle) is ReadOnlyCollectionBase ? (byte)1 : (byte)0;

@@ -1,6 +1,7 @@
 // SiApiEnumerable and SiApiEnumerator: managed enumeration for the native _IterableWrapper and _IterWrapper.
 using System;
 using System.Collections;
+using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 
 namespace Orvane.WrpGen.Interop
@@ -10,6 +11,7 @@ namespace Orvane.WrpGen.Interop
     {
         /// <summary>A new enumerator of the enumerable behind <paramref name="self"/>, as a handle; status 0, or -1.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int GetEnumerator(IntPtr self, IntPtr* result)
         {
             try
@@ -27,6 +29,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>A managed list of the items of a Python list or tuple, as a handle; 0 on failure.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPyIterable(VariantArg* value)
         {
             try
@@ -42,6 +45,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
             return InstanceHandles.Get(handle) is IEnumerable ? (byte)1 : (byte)0;
@@ -56,6 +61,7 @@ namespace Orvane.WrpGen.Interop
         /// end, any other value with a Python exception set (a collection modified during the walk, say).
         /// </summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static uint MoveNext(IntPtr self, IntPtr* item)
         {
             try
@@ -73,6 +79,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
             return InstanceHandles.Get(handle) is IEnumerator ? (byte)1 : (byte)0;

@@ -1,5 +1,6 @@
 // The exchange entries: callback registration, type names, handle release and service start.
 using System;
+using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 using System.Threading;
 
@@ -12,6 +13,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>The managed type's full name (nested types with '+') as a native wide-string object.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr GetTypeName(IntPtr handle)
         {
             try
@@ -28,37 +30,54 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetExceptionCallback(delegate* unmanaged<IntPtr, IntPtr, void> callback)
             => NativeCallbacks.RaiseProxyError = callback;
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetCatchAndClearErrorCallback(delegate* unmanaged<IntPtr*, StringArg*, int> callback)
             => NativeCallbacks.CatchAndClearError = callback;
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetU16StrBuilderCallback(delegate* unmanaged<char*, int, IntPtr> callback)
             => NativeCallbacks.BuildU16String = callback;
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyStrBuilderCallback(delegate* unmanaged<char*, int, IntPtr> callback)
             => NativeCallbacks.BuildPyString = callback;
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyUnraisableStrBuilderCallback(delegate* unmanaged<char*, int, IntPtr> callback)
             => NativeCallbacks.BuildPyStringQuiet = callback;
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyBytesBuilderCallback(delegate* unmanaged<byte*, int, IntPtr> callback)
             => NativeCallbacks.BuildPyBytes = callback;
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyStaticCallbacks(IntPtr* groups) => NativeCallbacks.StaticGroups = groups;
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyGenericCallbacks(IntPtr* cells) => NativeCallbacks.GenericCells = cells;
 
         /// <summary>Drops the Python references that finalized managed objects left behind.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void FreePendingArgs()
         {
             try
@@ -73,6 +92,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>Gives back a handle; the object may then be collected.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void FreeInstance(IntPtr handle)
         {
             try
@@ -87,6 +107,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>All callbacks stand: the managed side may now call back into Python.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void InitServices()
         {
             try
@@ -103,6 +124,7 @@ namespace Orvane.WrpGen.Interop
 #if !WITHOUT_BOXSTCTARGET
         /// <summary>Bound at start-up and kept for managed structs held by handle; the module never calls it.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr BoxStcTarget(IntPtr handle)
         {
             try

@@ -4,6 +4,7 @@ using System;
 using System.Collections;
 using System.Collections.Generic;
 using System.Linq;
+using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 
 namespace Orvane.WrpGen.Interop
@@ -17,6 +18,8 @@ namespace Orvane.WrpGen.Interop
         private const int Failed = -1;
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqGetItem(IntPtr self, int index, IntPtr* result)
         {
             try
@@ -35,6 +38,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>A new reference to the element at a position the caller knows to be valid; null on failure.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr SqGetItemNoCheck(IntPtr self, int index)
         {
             try
@@ -50,6 +54,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqSetItem(IntPtr self, int index, VariantArg* value)
         {
             try
@@ -68,6 +74,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqSetItemNoCheck(IntPtr self, int index, VariantArg* value)
         {
             try
@@ -83,6 +91,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Add(IntPtr self, VariantArg* value)
         {
             try
@@ -99,6 +109,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>Inserts as list.insert does: a negative index counts from the end, and both ends clamp.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Insert(IntPtr self, int index, VariantArg* value)
         {
             try
@@ -117,6 +128,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>Removes the first equal element: 1 if there was one.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int Remove(IntPtr self, VariantArg* value)
         {
             try
@@ -136,6 +148,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int RemoveAt(IntPtr self, int index)
         {
             try
@@ -158,6 +172,7 @@ namespace Orvane.WrpGen.Interop
         /// negative from the end. The element is made before it is removed, so a failed conversion loses nothing.
         /// </summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int Pop(IntPtr self, int argc, int index, IntPtr* result)
         {
             try
@@ -180,6 +195,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Clear(IntPtr self)
         {
             try
@@ -195,6 +212,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>Appends every element of another managed collection (itself included): 1 if it was one.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqInplaceConcat(IntPtr self, InstanceArg* other)
         {
             try
@@ -215,6 +233,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>The list repeated in place; a count below 1 empties it.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqInplaceRepeat(IntPtr self, int count)
         {
             try
@@ -239,6 +258,7 @@ namespace Orvane.WrpGen.Interop
         /// <summary>Writes the elements of another managed collection of exactly <paramref name="count"/> elements at
         /// start, start + step, ...: 1 if it was one.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int MpSetItems(IntPtr self, InstanceArg* other, int start, int count, int step)
         {
             try
@@ -260,6 +280,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>Removes <paramref name="count"/> elements at start, start + step, ...; the native side walks downward.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void MpRemoveItems(IntPtr self, int start, int count, int step)
         {
             try
@@ -275,6 +296,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Reverse(IntPtr self)
         {
             try
@@ -296,6 +319,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>A stable sort, ascending or descending, numbers by value across their types.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Sort(IntPtr self, int reverse)
         {
             try
@@ -317,6 +341,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>Position of the first equal element in [start, stop), both read as list.index reads them; -1 if none.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value)
         {
             try
@@ -339,6 +364,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqContains(IntPtr self, VariantArg* value)
         {
             try
@@ -355,6 +382,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int CountOf(IntPtr self, VariantArg* value)
         {
             try
@@ -371,12 +400,18 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPyList(VariantArg* value) => SiApiCntCollection.NewList(value);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => SiApiCntCollection.NewList(value);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
             return InstanceHandles.Get(handle) is IList ? (byte)1 : (byte)0;
@@ -398,12 +433,17 @@ namespace Orvane.WrpGen.Interop
     public static unsafe class SiApiCollectionBase
     {
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPyList(VariantArg* value) => NewItems(value);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewItems(value);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
             return InstanceHandles.Get(handle) is CollectionBase ? (byte)1 : (byte)0;

@@ -1,5 +1,6 @@
 // The object entries every wrapper uses: text, hash, equality and disposal of the object behind a handle.
 using System;
+using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 
 namespace Orvane.WrpGen.Interop
@@ -7,24 +8,37 @@ namespace Orvane.WrpGen.Interop
     public static unsafe class ObjectHost
     {
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int ToStringOfObj(IntPtr handle, IntPtr* text) => ToStringOf(handle, text);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int ToStringOfStc(IntPtr handle, IntPtr* text) => ToStringOf(handle, text);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int GetHashOfObj(IntPtr handle) => HashOf(handle);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int GetHashOfStc(IntPtr handle) => HashOf(handle);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsEqualsOfObj(IntPtr left, IntPtr right) => EqualsOf(left, right);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsEqualsOfStc(IntPtr left, IntPtr right) => EqualsOf(left, right);
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Dispose(IntPtr handle)
         {
             try

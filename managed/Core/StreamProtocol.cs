@@ -1,6 +1,7 @@
 // SiApiStream: the primitive operations of a managed stream, for the native _StreamWrapper.
 using System;
 using System.IO;
+using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 
 namespace Orvane.WrpGen.Interop
@@ -12,6 +13,7 @@ namespace Orvane.WrpGen.Interop
     public static unsafe class SiApiStream
     {
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte CanRead(IntPtr self)
         {
             try
@@ -27,6 +29,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte CanSeek(IntPtr self)
         {
             try
@@ -42,6 +46,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte CanWrite(IntPtr self)
         {
             try
@@ -57,6 +63,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static long Length(IntPtr self)
         {
             try
@@ -72,6 +80,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static long Position(IntPtr self)
         {
             try
@@ -87,6 +97,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Close(IntPtr self)
         {
             try
@@ -101,6 +113,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Flush(IntPtr self)
         {
             try
@@ -116,6 +130,7 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>One read of at most <paramref name="count"/> bytes; 0 at the end.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int Read(IntPtr self, byte* buffer, int count)
         {
             try
@@ -131,6 +146,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static long Seek(IntPtr self, long offset, int whence)
         {
             try
@@ -148,6 +165,7 @@ namespace Orvane.WrpGen.Interop
         /// <summary>Cuts or extends the stream to <paramref name="size"/>, or to the position when
         /// <paramref name="usePosition"/> is not 0; returns the new size.</summary>
         [UnmanagedCallersOnly]
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static long SetLength(IntPtr self, int usePosition, long size)
         {
             try
@@ -166,6 +184,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Write(IntPtr self, byte* buffer, int count)
         {
             try
@@ -180,6 +200,8 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
+
+        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr self)
         {
             try

@@ -16,10 +16,12 @@ _RUNTIME_LIBRARY = "libcoreclr.so"
 _INTEROP_ASSEMBLY = "WrpInterop.Orvane.PyFigura.dll"
 
 _here = os.path.dirname(os.path.abspath(__file__))
-if not os.environ.get(_RUNTIME_VARIABLE):
-    os.environ[_RUNTIME_VARIABLE] = os.path.join(_here, "runtime")
-if not os.environ.get(_ASSEMBLY_VARIABLE):
-    os.environ[_ASSEMBLY_VARIABLE] = os.path.join(_here, "assemblies")
+for _variable, _default in ((_RUNTIME_VARIABLE, "runtime"), (_ASSEMBLY_VARIABLE, "assemblies")):
+    if not os.environ.get(_variable):
+        os.environ[_variable] = os.path.join(_here, _default)
+    else:
+        # The runtime resolves assembly paths as given: a relative root would fail it at start.
+        os.environ[_variable] = os.path.abspath(os.environ[_variable])
 
 
 def _runtime_directories(root):

@@ -5,6 +5,11 @@
 
 #include <cstddef>
 
+// Number of arguments of a call, positional and keyword: a trial of another arity can't parse.
+inline Py_ssize_t argument_count(PyObject* args, PyObject* kwargs) {
+    return PyTuple_GET_SIZE(args) + (kwargs != nullptr ? PyDict_GET_SIZE(kwargs) : 0);
+}
+
 // A failed parse: keeps the exception's value in `slot` and clears the error for the next trial.
 void keep_trial_error(PyObject** slot);
 

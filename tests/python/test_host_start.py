@@ -160,3 +160,14 @@ class TestStartupFailures:
             env={"NETCORE_WRAPPER_ASSEMBLY_DIR_orvane": str(tmp_path)})
         assert run.returncode == 0, run
         assert "WrpInterop.Orvane.PyFigura.dll" in run.stdout.decode()
+
+
+def test_relative_roots_in_the_environment_are_made_absolute(fresh_python):
+    # Relative roots would reach the runtime as relative assembly paths, which it refuses at start.
+    package = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "build", "python", "orvane")
+    relative = os.path.relpath(os.path.join(package, "assemblies"))
+    run = fresh_python("import os, orvane.pyfigura as f\n"
+                       "print(os.path.isabs(os.environ['NETCORE_WRAPPER_ASSEMBLY_DIR_orvane']), f.Bitmap(2, 3).height)",
+                       env={"NETCORE_WRAPPER_ASSEMBLY_DIR_orvane": relative})
+    assert run.returncode == 0, run
+    assert run.stdout.decode().split() == ["True", "3"]
