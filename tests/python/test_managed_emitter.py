@@ -14,7 +14,8 @@ import api_model  # noqa: E402
 import managed_emitter  # noqa: E402
 
 MODEL = api_model.load()
-ENTRY = re.compile(r"\[UnmanagedCallersOnly\]\n\s+public static (\S+) (\w+)\(([^)]*)\)")
+ENTRY = re.compile(r"\[UnmanagedCallersOnly\]\n(?:\s+\[MethodImpl\(MethodImplOptions\.AggressiveOptimization\)\]\n)?"
+                   r"\s+public static (\S+) (\w+)\(([^)]*)\)")
 
 
 def emit(model, out_dir):
