@@ -16,7 +16,6 @@ namespace Orvane.WrpGen.Interop
         private const int Failed = -1;
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqLength(IntPtr self)
         {
@@ -33,7 +32,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqContains(IntPtr self, VariantArg* value)
         {
@@ -51,7 +49,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqGetItem(IntPtr self, int index, IntPtr* result)
         {
@@ -70,7 +67,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr SqGetItemNoCheck(IntPtr self, int index)
         {
@@ -87,7 +83,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqSetItem(IntPtr self, int index, VariantArg* value)
         {
@@ -107,7 +102,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqSetItemNoChek(IntPtr self, int index, VariantArg* value)
         {
@@ -124,7 +118,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int MpSetItems(IntPtr self, InstanceArg* other, int start, int count, int step)
         {
@@ -141,7 +134,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Reverse(IntPtr self)
         {
@@ -157,7 +149,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Sort(IntPtr self, int reverse)
         {
@@ -173,7 +164,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value)
         {
@@ -190,7 +180,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int CountOf(IntPtr self, VariantArg* value)
         {
@@ -208,7 +197,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPyList(VariantArg* value)
         {
@@ -225,7 +213,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value)
         {
@@ -242,7 +229,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
@@ -270,7 +256,6 @@ namespace Orvane.WrpGen.Interop
         private const int Failed = -1;
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqLength(IntPtr self)
         {
@@ -287,7 +272,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Add(IntPtr self, VariantArg* value)
         {
@@ -304,7 +288,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int Remove(IntPtr self, VariantArg* value)
         {
@@ -325,7 +308,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Clear(IntPtr self)
         {
@@ -341,7 +323,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqContains(IntPtr self, VariantArg* value)
         {
@@ -359,7 +340,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqGetItem(IntPtr self, int index, IntPtr* result)
         {
@@ -378,7 +358,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr SqGetItemNoCheck(IntPtr self, int index)
         {
@@ -395,7 +374,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqSetItem(IntPtr self, int index, VariantArg* value)
         {
@@ -415,7 +393,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqSetItemNoChek(IntPtr self, int index, VariantArg* value)
         {
@@ -432,7 +409,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Insert(IntPtr self, int index, VariantArg* value)
         {
@@ -451,7 +427,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int RemoveAt(IntPtr self, int index)
         {
@@ -471,7 +446,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int Pop(IntPtr self, int argc, int index, IntPtr* result)
         {
@@ -495,7 +469,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqInplaceConcat(IntPtr self, InstanceArg* other)
         {
@@ -514,7 +487,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqInplaceRepeat(IntPtr self, int count)
         {
@@ -533,7 +505,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int MpSetItems(IntPtr self, InstanceArg* other, int start, int count, int step)
         {
@@ -550,7 +521,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void MpRemoveItems(IntPtr self, int start, int count, int step)
         {
@@ -567,7 +537,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Reverse(IntPtr self)
         {
@@ -583,7 +552,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Sort(IntPtr self, int reverse)
         {
@@ -599,7 +567,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value)
         {
@@ -616,7 +583,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int CountOf(IntPtr self, VariantArg* value)
         {
@@ -634,7 +600,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void EnsureCapacity(IntPtr self, int count)
         {
@@ -651,7 +616,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPyList(VariantArg* value)
         {
@@ -668,7 +632,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value)
         {
@@ -685,7 +648,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {

@@ -29,7 +29,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqContains(IntPtr self, VariantArg* value)
         {
@@ -47,7 +46,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int CountOf(IntPtr self, VariantArg* value)
         {
@@ -75,7 +73,6 @@ namespace Orvane.WrpGen.Interop
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewList(value);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
@@ -108,12 +105,10 @@ namespace Orvane.WrpGen.Interop
         public static IntPtr CreateInstanceFromPyList(VariantArg* value) => NewItems(value);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewItems(value);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {

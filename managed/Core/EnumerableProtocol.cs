@@ -45,7 +45,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
@@ -79,7 +78,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {

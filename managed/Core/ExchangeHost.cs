@@ -30,48 +30,40 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetExceptionCallback(delegate* unmanaged<IntPtr, IntPtr, void> callback)
             => NativeCallbacks.RaiseProxyError = callback;
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetCatchAndClearErrorCallback(delegate* unmanaged<IntPtr*, StringArg*, int> callback)
             => NativeCallbacks.CatchAndClearError = callback;
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetU16StrBuilderCallback(delegate* unmanaged<char*, int, IntPtr> callback)
             => NativeCallbacks.BuildU16String = callback;
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyStrBuilderCallback(delegate* unmanaged<char*, int, IntPtr> callback)
             => NativeCallbacks.BuildPyString = callback;
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyUnraisableStrBuilderCallback(delegate* unmanaged<char*, int, IntPtr> callback)
             => NativeCallbacks.BuildPyStringQuiet = callback;
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyBytesBuilderCallback(delegate* unmanaged<byte*, int, IntPtr> callback)
             => NativeCallbacks.BuildPyBytes = callback;
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyStaticCallbacks(IntPtr* groups) => NativeCallbacks.StaticGroups = groups;
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyGenericCallbacks(IntPtr* cells) => NativeCallbacks.GenericCells = cells;
 

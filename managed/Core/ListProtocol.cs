@@ -18,7 +18,6 @@ namespace Orvane.WrpGen.Interop
         private const int Failed = -1;
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqGetItem(IntPtr self, int index, IntPtr* result)
         {
@@ -54,7 +53,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqSetItem(IntPtr self, int index, VariantArg* value)
         {
@@ -74,7 +72,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqSetItemNoCheck(IntPtr self, int index, VariantArg* value)
         {
@@ -91,7 +88,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Add(IntPtr self, VariantArg* value)
         {
@@ -148,7 +144,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int RemoveAt(IntPtr self, int index)
         {
@@ -195,7 +190,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Clear(IntPtr self)
         {
@@ -296,7 +290,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Reverse(IntPtr self)
         {
@@ -364,7 +357,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqContains(IntPtr self, VariantArg* value)
         {
@@ -382,7 +374,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int CountOf(IntPtr self, VariantArg* value)
         {
@@ -400,17 +391,14 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPyList(VariantArg* value) => SiApiCntCollection.NewList(value);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => SiApiCntCollection.NewList(value);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {
@@ -437,12 +425,10 @@ namespace Orvane.WrpGen.Interop
         public static IntPtr CreateInstanceFromPyList(VariantArg* value) => NewItems(value);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewItems(value);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsAssignableTo(IntPtr handle)
         {

@@ -12,32 +12,26 @@ namespace Orvane.WrpGen.Interop
         public static int ToStringOfObj(IntPtr handle, IntPtr* text) => ToStringOf(handle, text);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int ToStringOfStc(IntPtr handle, IntPtr* text) => ToStringOf(handle, text);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int GetHashOfObj(IntPtr handle) => HashOf(handle);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int GetHashOfStc(IntPtr handle) => HashOf(handle);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsEqualsOfObj(IntPtr left, IntPtr right) => EqualsOf(left, right);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static byte IsEqualsOfStc(IntPtr left, IntPtr right) => EqualsOf(left, right);
 
         [UnmanagedCallersOnly]
-
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Dispose(IntPtr handle)
         {
