@@ -1,7 +1,9 @@
 // Everything the generated class code relies on, in one include.
 #pragma once
 // Argument parsing with Py_ssize_t lengths throughout.
+#ifndef PY_SSIZE_T_CLEAN
 #define PY_SSIZE_T_CLEAN
+#endif
 #include <Python.h>
 
 #include "bridge/class_binding.h"
