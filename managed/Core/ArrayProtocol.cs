@@ -10,11 +10,6 @@ namespace Orvane.WrpGen.Interop
     /// <summary>Entries of _ArrayWrapper over any managed array, in binding order: fixed length, elements as objects.</summary>
     public static unsafe class SiApiArray
     {
-        private const int Done = 0;
-        private const int Empty = 1;
-        private const int OutOfRange = 2;
-        private const int Failed = -1;
-
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqLength(IntPtr self)
@@ -38,8 +33,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList a = ArrayOf(self);
-                return CollectionItems.IndexOf(a, CollectionItems.Read(value, a)) >= 0 ? 1 : 0;
+                return CollectionItems.Contains(ArrayOf(self), value) ? 1 : 0;
             }
             catch (Exception e)
             {
@@ -55,14 +49,12 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList a = ArrayOf(self);
-                if ((uint)index >= (uint)a.Count) return OutOfRange;
-                return CollectionItems.Store(a[index], result);
+                return ListOperations.GetItem(ArrayOf(self), index, result);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
@@ -89,15 +81,12 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList a = ArrayOf(self);
-                if ((uint)index >= (uint)a.Count) return OutOfRange;
-                a[index] = CollectionItems.Read(value, a);
-                return Done;
+                return ListOperations.SetItem(ArrayOf(self), index, value);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
@@ -108,8 +97,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList a = ArrayOf(self);
-                a[index] = CollectionItems.Read(value, a);
+                ListOperations.SetItemNoCheck(ArrayOf(self), index, value);
             }
             catch (Exception e)
             {
@@ -124,12 +112,12 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                return ListOps.SetItems(ArrayOf(self), InstanceHandles.Get(other->Handle), start, count, step);
+                return ListOperations.SetItems(ArrayOf(self), InstanceHandles.Get(other->Handle), start, count, step);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
@@ -140,7 +128,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ListOps.Reverse(ArrayOf(self));
+                ListOperations.Reverse(ArrayOf(self));
             }
             catch (Exception e)
             {
@@ -155,7 +143,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ListOps.Sort(ArrayOf(self), reverse != 0);
+                ListOperations.Sort(ArrayOf(self), reverse != 0);
             }
             catch (Exception e)
             {
@@ -170,7 +158,8 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                return ListOps.IndexBy(ArrayOf(self), hasStart != 0, start, hasStop != 0, stop, value);
+                // An array keeps its length, so the walk need not measure it again.
+                return ListOperations.IndexBy(ArrayOf(self), hasStart != 0, start, hasStop != 0, stop, value, remeasure: false);
             }
             catch (Exception e)
             {
@@ -186,8 +175,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList a = ArrayOf(self);
-                return CollectionItems.CountOf(a, CollectionItems.Read(value, a));
+                return CollectionItems.CountOf(ArrayOf(self), value);
             }
             catch (Exception e)
             {
@@ -198,35 +186,11 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr CreateInstanceFromPyList(VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return InstanceHandles.Alloc(CollectionItems.ItemsOf(value).ToArray());
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return IntPtr.Zero;
-            }
-        }
+        public static IntPtr CreateInstanceFromPyList(VariantArg* value) => NewArray(value);
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr CreateInstanceFromPySequence(VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return InstanceHandles.Alloc(CollectionItems.ItemsOf(value).ToArray());
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return IntPtr.Zero;
-            }
-        }
+        public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewArray(value);
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
@@ -244,17 +208,26 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
+        private static IntPtr NewArray(VariantArg* value)
+        {
+            try
+            {
+                PendingReleases.DrainIfAny();
+                return InstanceHandles.Alloc(CollectionItems.ItemsOf(value).ToArray());
+            }
+            catch (Exception e)
+            {
+                ProxyErrors.Report(e);
+                return IntPtr.Zero;
+            }
+        }
+
         private static IList ArrayOf(IntPtr self) => (Array)InstanceHandles.Get(self);
     }
 
     /// <summary>Entries of _ArrListWrapper over an ArrayList, in binding order.</summary>
     public static unsafe class SiApiArrayList
     {
-        private const int Done = 0;
-        private const int Empty = 1;
-        private const int OutOfRange = 2;
-        private const int Failed = -1;
-
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqLength(IntPtr self)
@@ -278,8 +251,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                l.Add(CollectionItems.Read(value, l));
+                ListOperations.Add(ListOf(self), value);
             }
             catch (Exception e)
             {
@@ -294,16 +266,12 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                int at = CollectionItems.IndexOf(l, CollectionItems.Read(value, l));
-                if (at < 0) return 0;
-                l.RemoveAt(at);
-                return 1;
+                return ListOperations.Remove(ListOf(self), value);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
@@ -329,8 +297,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                return CollectionItems.IndexOf(l, CollectionItems.Read(value, l)) >= 0 ? 1 : 0;
+                return CollectionItems.Contains(ListOf(self), value) ? 1 : 0;
             }
             catch (Exception e)
             {
@@ -346,14 +313,12 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                if ((uint)index >= (uint)l.Count) return OutOfRange;
-                return CollectionItems.Store(l[index], result);
+                return ListOperations.GetItem(ListOf(self), index, result);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
@@ -380,15 +345,12 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                if ((uint)index >= (uint)l.Count) return OutOfRange;
-                l[index] = CollectionItems.Read(value, l);
-                return Done;
+                return ListOperations.SetItem(ListOf(self), index, value);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
@@ -399,8 +361,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                l[index] = CollectionItems.Read(value, l);
+                ListOperations.SetItemNoCheck(ListOf(self), index, value);
             }
             catch (Exception e)
             {
@@ -415,10 +376,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                int count = l.Count;
-                if (index < 0) index = Math.Max(0, index + count);
-                l.Insert(Math.Min(index, count), CollectionItems.Read(value, l));
+                ListOperations.Insert(ListOf(self), index, value);
             }
             catch (Exception e)
             {
@@ -433,15 +391,12 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                if ((uint)index >= (uint)l.Count) return OutOfRange;
-                l.RemoveAt(index);
-                return Done;
+                return ListOperations.RemoveAt(ListOf(self), index);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
@@ -452,22 +407,16 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                int count = l.Count;
-                if (count == 0) return Empty;
-                int at = argc == 0 ? count - 1 : index < 0 ? index + count : index;
-                if ((uint)at >= (uint)count) return OutOfRange;
-                int status = CollectionItems.Store(l[at], result);
-                if (status == Done) l.RemoveAt(at);
-                return status;
+                return ListOperations.Pop(ListOf(self), argc, index, result);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
+        /// <summary>An ArrayList takes any element, so the items go in as one block copy.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqInplaceConcat(IntPtr self, InstanceArg* other)
@@ -486,6 +435,7 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
+        /// <summary>Repeats by block copies of the ArrayList's own.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqInplaceRepeat(IntPtr self, int count)
@@ -511,7 +461,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                return ListOps.SetItems(ListOf(self), InstanceHandles.Get(other->Handle), start, count, step);
+                return ListOperations.SetItems(ListOf(self), InstanceHandles.Get(other->Handle), start, count, step);
             }
             catch (Exception e)
             {
@@ -520,6 +470,7 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
+        /// <summary>Removes through the ArrayList itself, with no interface call per element.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void MpRemoveItems(IntPtr self, int start, int count, int step)
@@ -558,7 +509,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ListOps.Sort(ListOf(self), reverse != 0);
+                ListOperations.Sort(ListOf(self), reverse != 0);
             }
             catch (Exception e)
             {
@@ -573,7 +524,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                return ListOps.IndexBy(ListOf(self), hasStart != 0, start, hasStop != 0, stop, value);
+                return ListOperations.IndexBy(ListOf(self), hasStart != 0, start, hasStop != 0, stop, value, remeasure: false);
             }
             catch (Exception e)
             {
@@ -589,8 +540,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                return CollectionItems.CountOf(l, CollectionItems.Read(value, l));
+                return CollectionItems.CountOf(ListOf(self), value);
             }
             catch (Exception e)
             {
@@ -617,35 +567,11 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr CreateInstanceFromPyList(VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return InstanceHandles.Alloc(new ArrayList(CollectionItems.ItemsOf(value)));
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return IntPtr.Zero;
-            }
-        }
+        public static IntPtr CreateInstanceFromPyList(VariantArg* value) => NewArrayList(value);
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr CreateInstanceFromPySequence(VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return InstanceHandles.Alloc(new ArrayList(CollectionItems.ItemsOf(value)));
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return IntPtr.Zero;
-            }
-        }
+        public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewArrayList(value);
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
@@ -663,52 +589,20 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
+        private static IntPtr NewArrayList(VariantArg* value)
+        {
+            try
+            {
+                PendingReleases.DrainIfAny();
+                return InstanceHandles.Alloc(new ArrayList(CollectionItems.ItemsOf(value)));
+            }
+            catch (Exception e)
+            {
+                ProxyErrors.Report(e);
+                return IntPtr.Zero;
+            }
+        }
+
         private static ArrayList ListOf(IntPtr self) => (ArrayList)InstanceHandles.Get(self);
-    }
-
-    /// <summary>Steps both untyped tables share.</summary>
-    internal static unsafe class ListOps
-    {
-        /// <summary>Writes another managed collection of exactly <paramref name="count"/> elements at start, start + step, ...: 1 if it was one.</summary>
-        public static int SetItems(IList list, object other, int start, int count, int step)
-        {
-            if (!(other is ICollection items) || items.Count != count) return 0;
-            Type element = CollectionItems.ElementType(list);
-            var values = CollectionItems.Snapshot(items);  // the source may be the list itself
-            for (int k = 0; k < count; k++) list[start + k * step] = CollectionItems.Fit(values[k], element);
-            return 1;
-        }
-
-        public static void Reverse(IList list)
-        {
-            for (int i = 0, j = list.Count - 1; i < j; i++, j--) (list[i], list[j]) = (list[j], list[i]);
-        }
-
-        /// <summary>A stable sort, numbers by value across their types.</summary>
-        public static void Sort(IList list, bool reverse)
-        {
-            var items = CollectionItems.Snapshot(list);
-            var sorted = (reverse ? items.OrderByDescending(x => x, CollectionItems.Order)
-                                  : items.OrderBy(x => x, CollectionItems.Order)).ToList();
-            for (int i = 0; i < sorted.Count; i++) list[i] = sorted[i];
-        }
-
-        /// <summary>Position of the first equal element in [start, stop), read as list.index reads them; -1 if none.</summary>
-        public static int IndexBy(IList list, bool hasStart, int start, bool hasStop, int stop, VariantArg* value)
-        {
-            object probe = CollectionItems.Read(value, list);
-            int count = list.Count;
-            int from = hasStart ? Bound(start, count) : 0;
-            int to = hasStop ? Bound(stop, count) : count;
-            for (int i = from; i < to; i++)
-                if (CollectionItems.Matches(list[i], probe)) return i;
-            return -1;
-        }
-
-        private static int Bound(int index, int count)
-        {
-            if (index < 0) index = Math.Max(0, index + count);
-            return Math.Min(index, count);
-        }
     }
 }

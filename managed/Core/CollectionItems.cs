@@ -74,6 +74,12 @@ namespace Orvane.WrpGen.Interop
             return count;
         }
 
+        /// <summary>Whether an element equals a Python value, read as an element of <paramref name="items"/>.</summary>
+        public static bool Contains(IEnumerable items, VariantArg* value) => IndexOf(items, Read(value, items)) >= 0;
+
+        /// <summary>How many elements equal a Python value, read as an element of <paramref name="items"/>.</summary>
+        public static int CountOf(IEnumerable items, VariantArg* value) => CountOf(items, Read(value, items));
+
         /// <summary>Count of an ICollection, else of a full walk.</summary>
         public static int Count(object items)
         {

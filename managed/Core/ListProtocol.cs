@@ -1,9 +1,6 @@
-// SiApiCntList and SiApiCollectionBase: bounds checks and mutations of a managed IList for the native list
-// protocol, with the index rules of Python's list where the native side leaves them to managed code.
+// SiApiCntList and SiApiCollectionBase: the native list protocol over any managed IList, through ListOperations.
 using System;
 using System.Collections;
-using System.Collections.Generic;
-using System.Linq;
 using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 
@@ -12,11 +9,6 @@ namespace Orvane.WrpGen.Interop
     /// <summary>Entries of _IListWrapper, in its binding order. Statuses: 0 done, 2 out of range, -1 failed.</summary>
     public static unsafe class SiApiCntList
     {
-        private const int Done = 0;
-        private const int Empty = 1;
-        private const int OutOfRange = 2;
-        private const int Failed = -1;
-
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqGetItem(IntPtr self, int index, IntPtr* result)
@@ -24,14 +16,12 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                if ((uint)index >= (uint)list.Count) return OutOfRange;
-                return CollectionItems.Store(list[index], result);
+                return ListOperations.GetItem(ListOf(self), index, result);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
@@ -59,15 +49,12 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                if ((uint)index >= (uint)list.Count) return OutOfRange;
-                list[index] = CollectionItems.Read(value, list);
-                return Done;
+                return ListOperations.SetItem(ListOf(self), index, value);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
@@ -78,8 +65,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                list[index] = CollectionItems.Read(value, list);
+                ListOperations.SetItemNoCheck(ListOf(self), index, value);
             }
             catch (Exception e)
             {
@@ -94,8 +80,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                list.Add(CollectionItems.Read(value, list));
+                ListOperations.Add(ListOf(self), value);
             }
             catch (Exception e)
             {
@@ -103,7 +88,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>Inserts as list.insert does: a negative index counts from the end, and both ends clamp.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Insert(IntPtr self, int index, VariantArg* value)
@@ -111,10 +95,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                int count = list.Count;
-                if (index < 0) index = Math.Max(0, index + count);
-                list.Insert(Math.Min(index, count), CollectionItems.Read(value, list));
+                ListOperations.Insert(ListOf(self), index, value);
             }
             catch (Exception e)
             {
@@ -122,7 +103,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>Removes the first equal element: 1 if there was one.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int Remove(IntPtr self, VariantArg* value)
@@ -130,11 +110,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                int at = CollectionItems.IndexOf(list, CollectionItems.Read(value, list));
-                if (at < 0) return 0;
-                list.RemoveAt(at);
-                return 1;
+                return ListOperations.Remove(ListOf(self), value);
             }
             catch (Exception e)
             {
@@ -150,22 +126,15 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                if ((uint)index >= (uint)list.Count) return OutOfRange;
-                list.RemoveAt(index);
-                return Done;
+                return ListOperations.RemoveAt(ListOf(self), index);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
-        /// <summary>
-        /// Pops as list.pop does: without an argument the last element, else the one at <paramref name="index"/>,
-        /// negative from the end. The element is made before it is removed, so a failed conversion loses nothing.
-        /// </summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int Pop(IntPtr self, int argc, int index, IntPtr* result)
@@ -173,19 +142,12 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                int count = list.Count;
-                if (count == 0) return Empty;
-                int at = argc == 0 ? count - 1 : index < 0 ? index + count : index;
-                if ((uint)at >= (uint)count) return OutOfRange;
-                if (CollectionItems.Store(list[at], result) != Done) return Failed;
-                list.RemoveAt(at);
-                return Done;
+                return ListOperations.Pop(ListOf(self), argc, index, result);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
-                return Failed;
+                return ListStatus.Failed;
             }
         }
 
@@ -204,7 +166,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>Appends every element of another managed collection (itself included): 1 if it was one.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqInplaceConcat(IntPtr self, InstanceArg* other)
@@ -212,11 +173,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                if (!(InstanceHandles.Get(other->Handle) is IEnumerable items) || items is string) return 0;
-                IList list = ListOf(self);
-                Type element = CollectionItems.ElementType(list);
-                foreach (object item in CollectionItems.Snapshot(items)) list.Add(CollectionItems.Fit(item, element));
-                return 1;
+                return ListOperations.Extend(ListOf(self), InstanceHandles.Get(other->Handle));
             }
             catch (Exception e)
             {
@@ -225,7 +182,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>The list repeated in place; a count below 1 empties it.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqInplaceRepeat(IntPtr self, int count)
@@ -233,15 +189,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                if (count < 1)
-                {
-                    list.Clear();
-                    return;
-                }
-                List<object> once = CollectionItems.Snapshot(list);
-                for (int k = 1; k < count; k++)
-                    foreach (object item in once) list.Add(item);
+                ListOperations.Repeat(ListOf(self), count);
             }
             catch (Exception e)
             {
@@ -249,8 +197,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>Writes the elements of another managed collection of exactly <paramref name="count"/> elements at
-        /// start, start + step, ...: 1 if it was one.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int MpSetItems(IntPtr self, InstanceArg* other, int start, int count, int step)
@@ -258,12 +204,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                if (!(InstanceHandles.Get(other->Handle) is ICollection items) || items.Count != count) return 0;
-                IList list = ListOf(self);
-                Type element = CollectionItems.ElementType(list);
-                List<object> values = CollectionItems.Snapshot(items);
-                for (int k = 0; k < count; k++) list[start + k * step] = CollectionItems.Fit(values[k], element);
-                return 1;
+                return ListOperations.SetItems(ListOf(self), InstanceHandles.Get(other->Handle), start, count, step);
             }
             catch (Exception e)
             {
@@ -272,7 +213,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>Removes <paramref name="count"/> elements at start, start + step, ...; the native side walks downward.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void MpRemoveItems(IntPtr self, int start, int count, int step)
@@ -280,8 +220,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                for (int k = 0; k < count; k++) list.RemoveAt(start + k * step);
+                ListOperations.RemoveItems(ListOf(self), start, count, step);
             }
             catch (Exception e)
             {
@@ -296,13 +235,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                for (int i = 0, j = list.Count - 1; i < j; i++, j--)
-                {
-                    object swap = list[i];
-                    list[i] = list[j];
-                    list[j] = swap;
-                }
+                ListOperations.Reverse(ListOf(self));
             }
             catch (Exception e)
             {
@@ -310,7 +243,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>A stable sort, ascending or descending, numbers by value across their types.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void Sort(IntPtr self, int reverse)
@@ -318,13 +250,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                List<object> items = CollectionItems.Snapshot(list);
-                IEnumerable<object> sorted = reverse != 0
-                    ? items.OrderByDescending(x => x, CollectionItems.Order)
-                    : items.OrderBy(x => x, CollectionItems.Order);
-                int i = 0;
-                foreach (object item in sorted.ToList()) list[i++] = item;
+                ListOperations.Sort(ListOf(self), reverse != 0);
             }
             catch (Exception e)
             {
@@ -332,7 +258,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>Position of the first equal element in [start, stop), both read as list.index reads them; -1 if none.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value)
@@ -340,14 +265,8 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                object probe = CollectionItems.Read(value, list);
-                int count = list.Count;
-                int from = hasStart != 0 ? Bound(start, count) : 0;
-                int to = hasStop != 0 ? Bound(stop, count) : count;
-                for (int i = from; i < to && i < list.Count; i++)
-                    if (CollectionItems.Matches(list[i], probe)) return i;
-                return -1;
+                // A comparison may shorten the list, and list.index stops there too.
+                return ListOperations.IndexBy(ListOf(self), hasStart != 0, start, hasStop != 0, stop, value, remeasure: true);
             }
             catch (Exception e)
             {
@@ -363,8 +282,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                return CollectionItems.IndexOf(list, CollectionItems.Read(value, list)) >= 0 ? 1 : 0;
+                return CollectionItems.Contains(ListOf(self), value) ? 1 : 0;
             }
             catch (Exception e)
             {
@@ -380,8 +298,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                IList list = ListOf(self);
-                return CollectionItems.CountOf(list, CollectionItems.Read(value, list));
+                return CollectionItems.CountOf(ListOf(self), value);
             }
             catch (Exception e)
             {
@@ -406,12 +323,6 @@ namespace Orvane.WrpGen.Interop
         }
 
         private static IList ListOf(IntPtr self) => (IList)InstanceHandles.Get(self);
-
-        private static int Bound(int index, int count)
-        {
-            if (index < 0) index = Math.Max(0, index + count);
-            return Math.Min(index, count);
-        }
     }
 
     /// <summary>
