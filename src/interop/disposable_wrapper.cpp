@@ -2,30 +2,17 @@
 // is bound only so that the type can't be created when the managed class is missing.
 #include "interop/disposable_wrapper.h"
 
+#include "interop/entry_table_binding.h"
+#include "interop/wrapper_type_shape.h"
+
 namespace {
 
 constexpr const char* kEntryClass = "Orvane.WrpGen.Interop.SiApiDisposable";
 constexpr const char* kEntryNames[] = {"IsAssignableTo"};
-using Table = ClassEntryTable<1>;
 
-Table& table() {
-    static Table t = [] {
-        Table x{};
-        bind_class_entries(x.header, x.entries, kEntryClass, kEntryNames, 1);
-        return x;
-    }();
+ClassEntryTable<1>& table() {
+    static ClassEntryTable<1> t = bind_entry_table(kEntryClass, kEntryNames);
     return t;
-}
-
-PyObject* compare(PyObject* self, PyObject* other, int op) {
-    const int same = PyObject_IsInstance(other, reinterpret_cast<PyObject*>(&Interop_IDisposableWrapper_Type));
-    if (same == 0) Py_RETURN_NOTIMPLEMENTED;
-    if (same < 0) return nullptr;
-    return class_compare(handle_of(self), handle_of(other), op);
-}
-
-PyObject* gated(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
-    return gated_new(type, Interop_IDisposableWrapper_status(), args, kwargs);
 }
 
 PyMethodDef g_methods[] = {WRAPPER_CONTEXT_METHODS, {nullptr, nullptr, 0, nullptr}};
@@ -33,20 +20,14 @@ PyMethodDef g_methods[] = {WRAPPER_CONTEXT_METHODS, {nullptr, nullptr, 0, nullpt
 }  // namespace
 
 PyTypeObject Interop_IDisposableWrapper_Type = [] {
-    PyTypeObject t = {PyVarObject_HEAD_INIT(nullptr, 0)};
-    t.tp_name = "orvane.pyfigura._wrpgen._interop._IDisposableWrapper";
-    t.tp_basicsize = sizeof(WrapperObject);
-    t.tp_dealloc = class_dealloc;
-    t.tp_hash = class_hash;
-    t.tp_flags = Py_TPFLAGS_DEFAULT;
-    t.tp_richcompare = compare;
+    PyTypeObject t = wrapper_type_shape("orvane.pyfigura._wrpgen._interop._IDisposableWrapper");
+    t.tp_richcompare = compare_within<&Interop_IDisposableWrapper_Type>;
     t.tp_methods = g_methods;
-    t.tp_init = no_constructor_init;
-    t.tp_new = gated;
+    t.tp_new = new_gated_by<Interop_IDisposableWrapper_status>;
     return t;
 }();
 
 const TypeInitStatus& Interop_IDisposableWrapper_status() {
-    static const TypeInitStatus status = compute_status(table().header, nullptr, 0);
+    static const TypeInitStatus status = status_of(table().header);
     return status;
 }

@@ -4,6 +4,8 @@
 
 #include "bridge/type_registry.h"
 #include "bridge/wrapper_object.h"
+#include "interop/entry_table_binding.h"
+#include "interop/wrapper_type_shape.h"
 
 namespace {
 
@@ -11,25 +13,16 @@ constexpr const char* kEnumerableClass = "Orvane.WrpGen.Interop.SiApiEnumerable"
 constexpr const char* kEnumerableNames[] = {"GetEnumerator", "CreateInstanceFromPyIterable", "IsAssignableTo"};
 constexpr const char* kEnumeratorClass = "Orvane.WrpGen.Interop.SiApiEnumerator";
 constexpr const char* kEnumeratorNames[] = {"MoveNext", "IsAssignableTo"};
-
 using EnumerableTable = ClassEntryTable<3>;
 using EnumeratorTable = ClassEntryTable<2>;
 
 EnumerableTable& enumerable_table() {
-    static EnumerableTable t = [] {
-        EnumerableTable x{};
-        bind_class_entries(x.header, x.entries, kEnumerableClass, kEnumerableNames, 3);
-        return x;
-    }();
+    static EnumerableTable t = bind_entry_table(kEnumerableClass, kEnumerableNames);
     return t;
 }
 
 EnumeratorTable& enumerator_table() {
-    static EnumeratorTable t = [] {
-        EnumeratorTable x{};
-        bind_class_entries(x.header, x.entries, kEnumeratorClass, kEnumeratorNames, 2);
-        return x;
-    }();
+    static EnumeratorTable t = bind_entry_table(kEnumeratorClass, kEnumeratorNames);
     return t;
 }
 
@@ -50,65 +43,32 @@ PyObject* iter_next(PyObject* self) {
 
 PyObject* iter_self(PyObject* self) { return Py_NewRef(self); }
 
-PyObject* iterable_compare(PyObject* self, PyObject* other, int op) {
-    const int same = PyObject_IsInstance(other, reinterpret_cast<PyObject*>(&Interop_IterableWrapper_Type));
-    if (same == 0) Py_RETURN_NOTIMPLEMENTED;
-    if (same < 0) return nullptr;
-    return class_compare(handle_of(self), handle_of(other), op);
-}
-
-PyObject* iter_compare(PyObject* self, PyObject* other, int op) {
-    const int same = PyObject_IsInstance(other, reinterpret_cast<PyObject*>(&Interop_IterWrapper_Type));
-    if (same == 0) Py_RETURN_NOTIMPLEMENTED;
-    if (same < 0) return nullptr;
-    return class_compare(handle_of(self), handle_of(other), op);
-}
-
-PyObject* iterable_new(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
-    return gated_new(type, Interop_IterableWrapper_status(), args, kwargs);
-}
-
-PyObject* iter_new(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
-    return gated_new(type, Interop_IterWrapper_status(), args, kwargs);
-}
-
-PyTypeObject wrapper_type(const char* name) {
-    PyTypeObject t = {PyVarObject_HEAD_INIT(nullptr, 0)};
-    t.tp_name = name;
-    t.tp_basicsize = sizeof(WrapperObject);
-    t.tp_dealloc = class_dealloc;
-    t.tp_hash = class_hash;
-    t.tp_flags = Py_TPFLAGS_DEFAULT;
-    t.tp_init = no_constructor_init;
-    return t;
-}
-
 }  // namespace
 
 PyTypeObject Interop_IterableWrapper_Type = [] {
-    PyTypeObject t = wrapper_type("orvane.pyfigura._wrpgen._interop._IterableWrapper");
-    t.tp_richcompare = iterable_compare;
+    PyTypeObject t = wrapper_type_shape("orvane.pyfigura._wrpgen._interop._IterableWrapper");
+    t.tp_richcompare = compare_within<&Interop_IterableWrapper_Type>;
     t.tp_iter = iterable_iter;
-    t.tp_new = iterable_new;
+    t.tp_new = new_gated_by<Interop_IterableWrapper_status>;
     return t;
 }();
 
 PyTypeObject Interop_IterWrapper_Type = [] {
-    PyTypeObject t = wrapper_type("orvane.pyfigura._wrpgen._interop._IterWrapper");
-    t.tp_richcompare = iter_compare;
+    PyTypeObject t = wrapper_type_shape("orvane.pyfigura._wrpgen._interop._IterWrapper");
+    t.tp_richcompare = compare_within<&Interop_IterWrapper_Type>;
     t.tp_iter = iter_self;
     t.tp_iternext = iter_next;
-    t.tp_new = iter_new;
+    t.tp_new = new_gated_by<Interop_IterWrapper_status>;
     return t;
 }();
 
 const TypeInitStatus& Interop_IterableWrapper_status() {
-    static const TypeInitStatus status = compute_status(enumerable_table().header, nullptr, 0);
+    static const TypeInitStatus status = status_of(enumerable_table().header);
     return status;
 }
 
 const TypeInitStatus& Interop_IterWrapper_status() {
-    static const TypeInitStatus status = compute_status(enumerator_table().header, nullptr, 0);
+    static const TypeInitStatus status = status_of(enumerator_table().header);
     return status;
 }
 

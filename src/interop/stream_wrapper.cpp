@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include "interop/arg_checks.h"
+#include "interop/entry_table_binding.h"
+#include "interop/wrapper_type_shape.h"
 #include "module/init_failures.h"
 #include "module/interned_names.h"
 
@@ -17,11 +20,7 @@ constexpr size_t kEntryCount = sizeof kEntryNames / sizeof kEntryNames[0];
 using Table = ClassEntryTable<kEntryCount>;
 
 Table& table() {
-    static Table t = [] {
-        Table x{};
-        bind_class_entries(x.header, x.entries, kEntryClass, kEntryNames, kEntryCount);
-        return x;
-    }();
+    static Table t = bind_entry_table(kEntryClass, kEntryNames);
     return t;
 }
 
@@ -61,41 +60,10 @@ const char* type_name_or_none(PyObject* object) {
     return object == Py_None ? "None" : Py_TYPE(object)->tp_name;
 }
 
-// Count check of the hand-written methods: true (with TypeError set) when `count` is outside.
-bool wrong_count(Py_ssize_t count, const char* name, Py_ssize_t min, Py_ssize_t max) {
-    if (count >= min && count <= max) return false;
-    const bool exact = min == max;
-    const Py_ssize_t bound = count < min ? min : max;
-    PyErr_Format(PyExc_TypeError, "%.150s%s takes %s %d argument%s (%zd given)", name != nullptr ? name : "function",
-                 name != nullptr ? "()" : "", exact ? "exactly" : (count < min ? "at least" : "at most"),
-                 static_cast<int>(bound), bound == 1 ? "" : "s", count);
-    return true;
-}
-
-// The common integer reader: anything with nb_index, else TypeError. False on failure.
-bool read_index(PyObject* object, Py_ssize_t* out) {
-    PyNumberMethods* number = Py_TYPE(object)->tp_as_number;
-    if (number == nullptr || number->nb_index == nullptr) {
-        PyErr_Format(PyExc_TypeError, "argument should be integer or None, not '%.200s'", Py_TYPE(object)->tp_name);
-        return false;
-    }
-    Py_ssize_t value = PyNumber_AsSsize_t(object, PyExc_OverflowError);
-    if (value == -1 && PyErr_Occurred()) return false;
-    *out = value;
-    return true;
-}
-
-// Item 0 of `args` when present and not None; the output stays as it is otherwise.
-bool read_optional_index(PyObject* args, Py_ssize_t* out) {
-    if (PyTuple_GET_SIZE(args) == 0) return true;
-    PyObject* item = PyTuple_GET_ITEM(args, 0);
-    return item == Py_None || read_index(item, out);
-}
-
 // The size argument of read, readline and readlines: a count check naming the method, then the reader.
 bool parse_size(PyObject* args, const char* name, Py_ssize_t* size) {
     *size = -1;
-    return !wrong_count(PyTuple_GET_SIZE(args), name, 0, 1) && read_optional_index(args, size);
+    return !wrong_arg_count(PyTuple_GET_SIZE(args), name, 0, 1) && read_optional_index(args, size);
 }
 
 bool seekable_check(PyObject* self) {
@@ -296,11 +264,11 @@ PyObject* io_seek(PyObject* self, PyObject* args) {
 }
 
 PyObject* io_truncate(PyObject* self, PyObject* args) {
-    if (wrong_count(PyTuple_GET_SIZE(args), "truncate", 0, 1)) return nullptr;
+    if (wrong_arg_count(PyTuple_GET_SIZE(args), "truncate", 0, 1)) return nullptr;
     int32_t use_position = 1;
     Py_ssize_t size = 0;
     if (PyTuple_GET_SIZE(args) == 1 && PyTuple_GET_ITEM(args, 0) != Py_None) {
-        if (!read_index(PyTuple_GET_ITEM(args, 0), &size)) return nullptr;
+        if (!read_index_object(PyTuple_GET_ITEM(args, 0), &size)) return nullptr;
         use_position = 0;
     }
     if (refuse_closed(self)) return nullptr;
@@ -450,13 +418,6 @@ PyObject* io_next(PyObject* self) {
     return line;
 }
 
-PyObject* io_richcompare(PyObject* self, PyObject* other, int op) {
-    const int is_stream = PyObject_IsInstance(other, reinterpret_cast<PyObject*>(&Interop_StreamWrapper_Type));
-    if (is_stream == 0) Py_RETURN_NOTIMPLEMENTED;
-    if (is_stream < 0) return nullptr;
-    return class_compare(handle_of(self), handle_of(other), op);
-}
-
 PyObject* io_new(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
     PyObject* self = gated_new(type, Interop_StreamWrapper_status(), args, kwargs);
     if (self != nullptr) closed_flag(self) = 0;
@@ -491,24 +452,19 @@ PyGetSetDef g_getset[] = {{"closed", io_get_closed, nullptr, nullptr, nullptr},
 }  // namespace
 
 PyTypeObject Interop_StreamWrapper_Type = [] {
-    PyTypeObject t = {PyVarObject_HEAD_INIT(nullptr, 0)};
-    t.tp_name = "orvane.pyfigura._wrpgen._interop._StreamWrapper";
-    t.tp_basicsize = sizeof(StreamWrapperObject);
-    t.tp_dealloc = class_dealloc;
-    t.tp_hash = class_hash;
-    t.tp_flags = Py_TPFLAGS_DEFAULT;
-    t.tp_richcompare = io_richcompare;
+    PyTypeObject t =
+        wrapper_type_shape("orvane.pyfigura._wrpgen._interop._StreamWrapper", sizeof(StreamWrapperObject));
+    t.tp_richcompare = compare_within<&Interop_StreamWrapper_Type>;
     t.tp_iter = io_iter;
     t.tp_iternext = io_next;
     t.tp_methods = g_methods;
     t.tp_getset = g_getset;
-    t.tp_init = no_constructor_init;
     t.tp_new = io_new;
     return t;
 }();
 
 const TypeInitStatus& Interop_StreamWrapper_status() {
-    static const TypeInitStatus status = compute_status(table().header, nullptr, 0);
+    static const TypeInitStatus status = status_of(table().header);
     return status;
 }
 

@@ -1,0 +1,23 @@
+// The type-object shape and the per-type slots (comparison, gated creation) every protocol wrapper shares.
+#pragma once
+#include <Python.h>
+
+#include "bridge/class_binding.h"
+
+// A wrapper type with no dictionary, not a base, without a constructor; the caller adds its faces.
+PyTypeObject wrapper_type_shape(const char* name, Py_ssize_t basic_size = sizeof(WrapperObject));
+
+// Handles compared when `other` is an instance of `type`; NotImplemented otherwise.
+PyObject* compare_as(PyTypeObject* type, PyObject* self, PyObject* other, int op);
+
+// tp_richcompare of one type: it tests against that type only.
+template <PyTypeObject* Type>
+PyObject* compare_within(PyObject* self, PyObject* other, int op) {
+    return compare_as(Type, self, other, op);
+}
+
+// tp_new of one type: its status gates the creation.
+template <const TypeInitStatus& (*Status)()>
+PyObject* new_gated_by(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
+    return gated_new(type, Status(), args, kwargs);
+}
