@@ -35,8 +35,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                var items = (IEnumerable)InstanceHandles.Get(self);
-                return CollectionItems.IndexOf(items, CollectionItems.Read(value, items)) >= 0 ? 1 : 0;
+                return CollectionItems.Contains((IEnumerable)InstanceHandles.Get(self), value) ? 1 : 0;
             }
             catch (Exception e)
             {
@@ -52,8 +51,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                var items = (IEnumerable)InstanceHandles.Get(self);
-                return CollectionItems.CountOf(items, CollectionItems.Read(value, items));
+                return CollectionItems.CountOf((IEnumerable)InstanceHandles.Get(self), value);
             }
             catch (Exception e)
             {

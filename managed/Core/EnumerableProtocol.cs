@@ -30,19 +30,7 @@ namespace Orvane.WrpGen.Interop
         /// <summary>A managed list of the items of a Python list or tuple, as a handle; 0 on failure.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr CreateInstanceFromPyIterable(VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return InstanceHandles.Alloc(CollectionItems.ItemsOf(value));
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return IntPtr.Zero;
-            }
-        }
+        public static IntPtr CreateInstanceFromPyIterable(VariantArg* value) => SiApiCntCollection.NewList(value);
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
