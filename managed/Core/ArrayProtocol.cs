@@ -416,7 +416,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>An ArrayList takes any element, so the items go in as one block copy.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqInplaceConcat(IntPtr self, InstanceArg* other)
@@ -424,9 +423,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                if (!(InstanceHandles.Get(other->Handle) is IEnumerable items) || items is string) return 0;
-                ListOf(self).AddRange(CollectionItems.Snapshot(items));
-                return 1;
+                return ListOperations.Extend(ListOf(self), InstanceHandles.Get(other->Handle));
             }
             catch (Exception e)
             {
@@ -435,7 +432,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>Repeats by block copies of the ArrayList's own.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SqInplaceRepeat(IntPtr self, int count)
@@ -443,10 +439,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                if (count < 1) { l.Clear(); return; }
-                var once = CollectionItems.Snapshot(l);
-                for (int k = 1; k < count; k++) l.AddRange(once);
+                ListOperations.Repeat(ListOf(self), count);
             }
             catch (Exception e)
             {
@@ -470,7 +463,6 @@ namespace Orvane.WrpGen.Interop
             }
         }
 
-        /// <summary>Removes through the ArrayList itself, with no interface call per element.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void MpRemoveItems(IntPtr self, int start, int count, int step)
@@ -478,8 +470,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ArrayList l = ListOf(self);
-                for (int k = 0; k < count; k++) l.RemoveAt(start + k * step);
+                ListOperations.RemoveItems(ListOf(self), start, count, step);
             }
             catch (Exception e)
             {

@@ -85,9 +85,10 @@ namespace Orvane.WrpGen.Interop
         /// <summary>Appends every element of another managed collection (the list itself included): 1 if it was one.</summary>
         public static int Extend(IList list, object other)
         {
-            if (!(other is IEnumerable items) || items is string) return 0;
+            List<object> items = Appendable(other);
+            if (items == null) return 0;
             Type element = CollectionItems.ElementType(list);
-            foreach (object item in CollectionItems.Snapshot(items)) list.Add(CollectionItems.Fit(item, element));
+            foreach (object item in items) list.Add(CollectionItems.Fit(item, element));
             return 1;
         }
 
@@ -147,6 +148,39 @@ namespace Orvane.WrpGen.Interop
             for (int i = from; i < to && (!remeasure || i < list.Count); i++)
                 if (CollectionItems.Matches(list[i], probe)) return i;
             return -1;
+        }
+
+        // An ArrayList takes any element as it is: it grows by block copies, and its own calls cost no
+        // interface dispatch per element. Its entries pick these overloads by their static type.
+
+        public static int Extend(ArrayList list, object other)
+        {
+            List<object> items = Appendable(other);
+            if (items == null) return 0;
+            list.AddRange(items);
+            return 1;
+        }
+
+        public static void Repeat(ArrayList list, int count)
+        {
+            if (count < 1)
+            {
+                list.Clear();
+                return;
+            }
+            List<object> once = CollectionItems.Snapshot(list);
+            for (int k = 1; k < count; k++) list.AddRange(once);
+        }
+
+        public static void RemoveItems(ArrayList list, int start, int count, int step)
+        {
+            for (int k = 0; k < count; k++) list.RemoveAt(start + k * step);
+        }
+
+        /// <summary>A copy of the elements of another managed collection, strings excepted; null if it is none.</summary>
+        private static List<object> Appendable(object other)
+        {
+            return other is IEnumerable items && !(items is string) ? CollectionItems.Snapshot(items) : null;
         }
 
         /// <summary>An index as list.insert and list.index read one: negative from the end, clamped to [0, count].</summary>
