@@ -1,5 +1,4 @@
-// The list operations behind the array, array-list and IList tables, over any managed IList with the index
-// rules of Python's list.
+// The list operations behind the array, array-list and IList tables, with the index rules of Python's list.
 using System;
 using System.Collections;
 using System.Collections.Generic;
