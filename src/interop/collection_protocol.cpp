@@ -2,7 +2,10 @@
 // order, repetition) is native, built from the elements that the enumerator gives.
 #include "interop/collection_protocol.h"
 
+#include "interop/entry_table_binding.h"
 #include "interop/iteration_wrappers.h"
+#include "interop/list_entry_roles.h"
+#include "interop/wrapper_type_shape.h"
 
 namespace {
 
@@ -17,20 +20,12 @@ using CollectionTable = ClassEntryTable<6>;
 using RoBaseTable = ClassEntryTable<3>;
 
 CollectionTable& collection_table() {
-    static CollectionTable t = [] {
-        CollectionTable x{};
-        bind_class_entries(x.header, x.entries, kCollectionClass, kCollectionNames, 6);
-        return x;
-    }();
+    static CollectionTable t = bind_entry_table(kCollectionClass, kCollectionNames);
     return t;
 }
 
 RoBaseTable& ro_base_table() {
-    static RoBaseTable t = [] {
-        RoBaseTable x{};
-        bind_class_entries(x.header, x.entries, kRoBaseClass, kRoBaseNames, 3);
-        return x;
-    }();
+    static RoBaseTable t = bind_entry_table(kRoBaseClass, kRoBaseNames);
     return t;
 }
 
@@ -97,29 +92,6 @@ bool has_length_slot(PyObject* object) {
     return sequence != nullptr && sequence->sq_length != nullptr;
 }
 
-PyObject* col_compare(PyObject* self, PyObject* other, int op, PyTypeObject* type) {
-    const int same = PyObject_IsInstance(other, reinterpret_cast<PyObject*>(type));
-    if (same == 0) Py_RETURN_NOTIMPLEMENTED;
-    if (same < 0) return nullptr;
-    return class_compare(handle_of(self), handle_of(other), op);
-}
-
-PyObject* icol_compare(PyObject* self, PyObject* other, int op) {
-    return col_compare(self, other, op, &Interop_IColWrapper_Type);
-}
-
-PyObject* rocol_compare(PyObject* self, PyObject* other, int op) {
-    return col_compare(self, other, op, &Interop_RoColBaseWrapper_Type);
-}
-
-PyObject* icol_new(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
-    return gated_new(type, Interop_IColWrapper_status(), args, kwargs);
-}
-
-PyObject* rocol_new(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
-    return gated_new(type, Interop_RoColBaseWrapper_status(), args, kwargs);
-}
-
 PyMethodDef g_methods[] = {{"count", collection_count, METH_O, nullptr},
                            {"copy", collection_copy, METH_NOARGS, nullptr},
                            {"contains", collection_contains, METH_O, nullptr},
@@ -131,17 +103,10 @@ PyGetSetDef g_getset[] = {{"length", collection_length_attr, nullptr, nullptr, n
 PySequenceMethods g_sequence = collection_sequence_methods(nullptr);
 
 PyTypeObject collection_type(const char* name) {
-    PyTypeObject t = {PyVarObject_HEAD_INIT(nullptr, 0)};
-    t.tp_name = name;
-    t.tp_basicsize = sizeof(WrapperObject);
-    t.tp_dealloc = class_dealloc;
-    t.tp_hash = class_hash;
-    t.tp_flags = Py_TPFLAGS_DEFAULT;
-    t.tp_iter = iterable_iter;
+    PyTypeObject t = iterable_type_shape(name);
     t.tp_as_sequence = &g_sequence;
     t.tp_methods = g_methods;
     t.tp_getset = g_getset;
-    t.tp_init = no_constructor_init;
     return t;
 }
 
@@ -149,43 +114,31 @@ PyTypeObject collection_type(const char* name) {
 
 PyTypeObject Interop_IColWrapper_Type = [] {
     PyTypeObject t = collection_type("orvane.pyfigura._wrpgen._interop._IColWrapper");
-    t.tp_richcompare = icol_compare;
-    t.tp_new = icol_new;
+    t.tp_richcompare = compare_within<&Interop_IColWrapper_Type>;
+    t.tp_new = new_gated_by<Interop_IColWrapper_status>;
     return t;
 }();
 
 PyTypeObject Interop_RoColBaseWrapper_Type = [] {
     PyTypeObject t = collection_type("orvane.pyfigura._wrpgen._interop._RoColBaseWrapper");
-    t.tp_richcompare = rocol_compare;
-    t.tp_new = rocol_new;
+    t.tp_richcompare = compare_within<&Interop_RoColBaseWrapper_Type>;
+    t.tp_new = new_gated_by<Interop_RoColBaseWrapper_status>;
     return t;
 }();
 
 const TypeInitStatus& Interop_IColWrapper_status() {
-    static const TypeInitStatus status = [] {
-        const StatusGetter references[] = {Interop_IterableWrapper_status};
-        return compute_status(collection_table().header, references, 1);
-    }();
+    static const TypeInitStatus status = status_of(collection_table().header, {Interop_IterableWrapper_status});
     return status;
 }
 
 const TypeInitStatus& Interop_RoColBaseWrapper_status() {
-    static const TypeInitStatus status = [] {
-        const StatusGetter references[] = {Interop_IColWrapper_status, Interop_IterableWrapper_status};
-        return compute_status(ro_base_table().header, references, 2);
-    }();
+    static const TypeInitStatus status =
+        status_of(ro_base_table().header, {Interop_IColWrapper_status, Interop_IterableWrapper_status});
     return status;
 }
 
 const ListEntries& collection_entries() {
-    static const ListEntries entries = [] {
-        void* const* slots = collection_table().entries;
-        ListEntries e{};
-        e.length = reinterpret_cast<decltype(e.length)>(slots[0]);
-        e.contains = reinterpret_cast<decltype(e.contains)>(slots[1]);
-        e.count_of = reinterpret_cast<decltype(e.count_of)>(slots[2]);
-        return e;
-    }();
+    static const ListEntries entries = list_entries_of(collection_table(), kCollectionNames);
     return entries;
 }
 

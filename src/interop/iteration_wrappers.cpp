@@ -46,9 +46,8 @@ PyObject* iter_self(PyObject* self) { return Py_NewRef(self); }
 }  // namespace
 
 PyTypeObject Interop_IterableWrapper_Type = [] {
-    PyTypeObject t = wrapper_type_shape("orvane.pyfigura._wrpgen._interop._IterableWrapper");
+    PyTypeObject t = iterable_type_shape("orvane.pyfigura._wrpgen._interop._IterableWrapper");
     t.tp_richcompare = compare_within<&Interop_IterableWrapper_Type>;
-    t.tp_iter = iterable_iter;
     t.tp_new = new_gated_by<Interop_IterableWrapper_status>;
     return t;
 }();
@@ -76,6 +75,12 @@ PyObject* iterable_iter(PyObject* self) {
     InstanceHandle enumerator = 0;
     if (get_enumerator()(handle_of(self), &enumerator) < 0) return nullptr;
     return wrap_with_default(enumerator, &Interop_IterWrapper_Type);
+}
+
+PyTypeObject iterable_type_shape(const char* name) {
+    PyTypeObject t = wrapper_type_shape(name);
+    t.tp_iter = iterable_iter;
+    return t;
 }
 
 PyObject* wrap_with_default(InstanceHandle handle, PyTypeObject* default_type) {

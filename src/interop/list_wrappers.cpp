@@ -1,8 +1,11 @@
-// The two list types: thin slot functions that hand the list protocol the entries of SiApiCntList.
+// The two list types: the list slots over the entries of SiApiCntList, with the length of SiApiCntCollection.
 #include "interop/list_wrappers.h"
 
 #include "interop/collection_protocol.h"
-#include "interop/iteration_wrappers.h"
+#include "interop/entry_table_binding.h"
+#include "interop/list_entry_roles.h"
+#include "interop/list_slots.h"
+#include "interop/wrapper_type_shape.h"
 
 namespace {
 
@@ -13,175 +16,56 @@ constexpr const char* kListNames[] = {
     "SqInplaceConcat", "SqInplaceRepeat",  "MpSetItems",     "MpRemoveItems",            "Reverse",
     "Sort",            "IndexBy",          "SqContains",     "CountOf",                  "CreateInstanceFromPyList",
     "CreateInstanceFromPySequence",        "IsAssignableTo"};
-constexpr size_t kListCount = sizeof kListNames / sizeof kListNames[0];
 constexpr const char* kBaseClass = "Orvane.WrpGen.Interop.SiApiCollectionBase";
 constexpr const char* kBaseNames[] = {"CreateInstanceFromPyList", "CreateInstanceFromPySequence", "IsAssignableTo"};
 
-using ListTable = ClassEntryTable<kListCount>;
+using ListTable = ClassEntryTable<sizeof kListNames / sizeof kListNames[0]>;
 using BaseTable = ClassEntryTable<3>;
 
 ListTable& list_table() {
-    static ListTable t = [] {
-        ListTable x{};
-        bind_class_entries(x.header, x.entries, kListClass, kListNames, kListCount);
-        return x;
-    }();
+    static ListTable t = bind_entry_table(kListClass, kListNames);
     return t;
 }
 
 BaseTable& base_table() {
-    static BaseTable t = [] {
-        BaseTable x{};
-        bind_class_entries(x.header, x.entries, kBaseClass, kBaseNames, 3);
-        return x;
-    }();
+    static BaseTable t = bind_entry_table(kBaseClass, kBaseNames);
     return t;
 }
 
-const ListEntries& E() { return cnt_list_entries(); }
-
-Py_ssize_t sq_length(PyObject* self) { return list_length(self, E()); }
-PyObject* sq_concat(PyObject* self, PyObject* other) { return list_concat(self, other, E()); }
-PyObject* sq_repeat(PyObject* self, Py_ssize_t count) { return list_repeat(self, count, E()); }
-PyObject* sq_item(PyObject* self, Py_ssize_t i) { return list_item(self, i, E()); }
-int sq_ass_item(PyObject* self, Py_ssize_t i, PyObject* value) { return list_ass_item(self, i, value, E()); }
-int sq_contains(PyObject* self, PyObject* value) { return list_sq_contains(self, value, E()); }
-PyObject* sq_inplace_concat(PyObject* self, PyObject* other) { return list_inplace_concat(self, other, E()); }
-PyObject* sq_inplace_repeat(PyObject* self, Py_ssize_t count) { return list_inplace_repeat(self, count, E()); }
-PyObject* mp_subscript(PyObject* self, PyObject* key) { return list_subscript(self, key, E()); }
-int mp_ass_subscript(PyObject* self, PyObject* key, PyObject* value) {
-    return list_ass_subscript(self, key, value, E());
-}
-
-PyObject* m_append(PyObject* self, PyObject* value) { return list_append(self, value, E()); }
-PyObject* m_insert(PyObject* self, PyObject* args) { return list_insert(self, args, E()); }
-PyObject* m_extend(PyObject* self, PyObject* other) { return list_extend(self, other, E()); }
-PyObject* m_remove(PyObject* self, PyObject* value) { return list_remove(self, value, E()); }
-PyObject* m_pop(PyObject* self, PyObject* args) { return list_pop(self, args, E()); }
-PyObject* m_clear(PyObject* self, PyObject*) { return list_clear(self, E()); }
-PyObject* m_index(PyObject* self, PyObject* args) { return list_index(self, args, E()); }
-PyObject* m_count(PyObject* self, PyObject* value) { return list_count(self, value, E()); }
-PyObject* m_contains(PyObject* self, PyObject* value) { return list_contains(self, value, E()); }
-PyObject* m_sort(PyObject* self, PyObject* args, PyObject* kwargs) { return list_sort(self, args, kwargs, E()); }
-PyObject* m_reverse(PyObject* self, PyObject*) { return list_reverse(self, E()); }
-PyObject* m_copy(PyObject* self, PyObject*) { return list_copy(self, E()); }
-PyObject* get_length(PyObject* self, void*) { return list_length_attr(self, E()); }
-
-PyMethodDef g_methods[] = {
-    {"append", m_append, METH_O, nullptr},
-    {"insert", m_insert, METH_VARARGS, nullptr},
-    {"extend", m_extend, METH_O, nullptr},
-    {"remove", m_remove, METH_O, nullptr},
-    {"pop", m_pop, METH_VARARGS, nullptr},
-    {"clear", m_clear, METH_NOARGS, nullptr},
-    {"index", m_index, METH_VARARGS, nullptr},
-    {"count", m_count, METH_O, nullptr},
-    {"contains", m_contains, METH_O, nullptr},
-    {"sort", reinterpret_cast<PyCFunction>(reinterpret_cast<void*>(m_sort)), METH_VARARGS | METH_KEYWORDS, nullptr},
-    {"reverse", m_reverse, METH_NOARGS, nullptr},
-    {"copy", m_copy, METH_NOARGS, nullptr},
-    {nullptr, nullptr, 0, nullptr}};
-
-PyGetSetDef g_getset[] = {{"length", get_length, nullptr, nullptr, nullptr},
-                          {nullptr, nullptr, nullptr, nullptr, nullptr}};
-
-PySequenceMethods g_sequence = {sq_length, sq_concat, sq_repeat, sq_item, nullptr, sq_ass_item, nullptr,
-                                sq_contains, sq_inplace_concat, sq_inplace_repeat};
-PyMappingMethods g_mapping = {sq_length, mp_subscript, mp_ass_subscript};
-
-PyObject* compare(PyObject* self, PyObject* other, int op, PyTypeObject* type) {
-    const int same = PyObject_IsInstance(other, reinterpret_cast<PyObject*>(type));
-    if (same == 0) Py_RETURN_NOTIMPLEMENTED;
-    if (same < 0) return nullptr;
-    return class_compare(handle_of(self), handle_of(other), op);
-}
-
-PyObject* ilist_compare(PyObject* self, PyObject* other, int op) {
-    return compare(self, other, op, &Interop_IListWrapper_Type);
-}
-PyObject* colbase_compare(PyObject* self, PyObject* other, int op) {
-    return compare(self, other, op, &Interop_ColBaseWrapper_Type);
-}
-PyObject* ilist_new(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
-    return gated_new(type, Interop_IListWrapper_status(), args, kwargs);
-}
-PyObject* colbase_new(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
-    return gated_new(type, Interop_ColBaseWrapper_status(), args, kwargs);
-}
-
-PyTypeObject list_type(const char* name) {
-    PyTypeObject t = {PyVarObject_HEAD_INIT(nullptr, 0)};
-    t.tp_name = name;
-    t.tp_basicsize = sizeof(WrapperObject);
-    t.tp_dealloc = class_dealloc;
-    t.tp_hash = class_hash;
-    t.tp_flags = Py_TPFLAGS_DEFAULT;
-    t.tp_iter = iterable_iter;
-    t.tp_as_sequence = &g_sequence;
-    t.tp_as_mapping = &g_mapping;
-    t.tp_methods = g_methods;
-    t.tp_getset = g_getset;
-    t.tp_init = no_constructor_init;
-    return t;
-}
+using Slots = ListSlots<cnt_list_entries>;
 
 }  // namespace
 
 PyTypeObject Interop_IListWrapper_Type = [] {
-    PyTypeObject t = list_type("orvane.pyfigura._wrpgen._interop._IListWrapper");
-    t.tp_richcompare = ilist_compare;
-    t.tp_new = ilist_new;
+    PyTypeObject t = Slots::type("orvane.pyfigura._wrpgen._interop._IListWrapper", true);
+    t.tp_richcompare = compare_within<&Interop_IListWrapper_Type>;
+    t.tp_new = new_gated_by<Interop_IListWrapper_status>;
     return t;
 }();
 
 PyTypeObject Interop_ColBaseWrapper_Type = [] {
-    PyTypeObject t = list_type("orvane.pyfigura._wrpgen._interop._ColBaseWrapper");
-    t.tp_richcompare = colbase_compare;
-    t.tp_new = colbase_new;
+    PyTypeObject t = Slots::type("orvane.pyfigura._wrpgen._interop._ColBaseWrapper", true);
+    t.tp_richcompare = compare_within<&Interop_ColBaseWrapper_Type>;
+    t.tp_new = new_gated_by<Interop_ColBaseWrapper_status>;
     return t;
 }();
 
 const TypeInitStatus& Interop_IListWrapper_status() {
-    static const TypeInitStatus status = [] {
-        const StatusGetter references[] = {Interop_IColWrapper_status, Interop_IterableWrapper_status};
-        return compute_status(list_table().header, references, 2);
-    }();
+    static const TypeInitStatus status =
+        status_of(list_table().header, {Interop_IColWrapper_status, Interop_IterableWrapper_status});
     return status;
 }
 
 const TypeInitStatus& Interop_ColBaseWrapper_status() {
-    static const TypeInitStatus status = [] {
-        const StatusGetter references[] = {Interop_IListWrapper_status, Interop_IColWrapper_status,
-                                           Interop_IterableWrapper_status};
-        return compute_status(base_table().header, references, 3);
-    }();
+    static const TypeInitStatus status = status_of(
+        base_table().header, {Interop_IListWrapper_status, Interop_IColWrapper_status, Interop_IterableWrapper_status});
     return status;
 }
 
 const ListEntries& cnt_list_entries() {
     static const ListEntries entries = [] {
-        void* const* s = list_table().entries;
-        ListEntries e{};
+        ListEntries e = list_entries_of(list_table(), kListNames);
         e.length = collection_entries().length;
-        e.get_item = reinterpret_cast<decltype(e.get_item)>(s[0]);
-        e.get_item_no_check = reinterpret_cast<decltype(e.get_item_no_check)>(s[1]);
-        e.set_item = reinterpret_cast<decltype(e.set_item)>(s[2]);
-        e.set_item_no_check = reinterpret_cast<decltype(e.set_item_no_check)>(s[3]);
-        e.add = reinterpret_cast<decltype(e.add)>(s[4]);
-        e.insert = reinterpret_cast<decltype(e.insert)>(s[5]);
-        e.remove = reinterpret_cast<decltype(e.remove)>(s[6]);
-        e.remove_at = reinterpret_cast<decltype(e.remove_at)>(s[7]);
-        e.pop = reinterpret_cast<decltype(e.pop)>(s[8]);
-        e.clear = reinterpret_cast<decltype(e.clear)>(s[9]);
-        e.inplace_concat = reinterpret_cast<decltype(e.inplace_concat)>(s[10]);
-        e.inplace_repeat = reinterpret_cast<decltype(e.inplace_repeat)>(s[11]);
-        e.set_items = reinterpret_cast<decltype(e.set_items)>(s[12]);
-        e.remove_items = reinterpret_cast<decltype(e.remove_items)>(s[13]);
-        e.reverse = reinterpret_cast<decltype(e.reverse)>(s[14]);
-        e.sort = reinterpret_cast<decltype(e.sort)>(s[15]);
-        e.index_by = reinterpret_cast<decltype(e.index_by)>(s[16]);
-        e.contains = reinterpret_cast<decltype(e.contains)>(s[17]);
-        e.count_of = reinterpret_cast<decltype(e.count_of)>(s[18]);
         return e;
     }();
     return entries;
