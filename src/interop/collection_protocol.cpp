@@ -2,6 +2,7 @@
 // order, repetition) is native, built from the elements that the enumerator gives.
 #include "interop/collection_protocol.h"
 
+#include "interop/concat_to_list.h"
 #include "interop/entry_table_binding.h"
 #include "interop/iteration_wrappers.h"
 #include "interop/list_entry_roles.h"
@@ -76,20 +77,12 @@ Py_ssize_t fill_from_walk(PyObject* self, PyObject* list, Py_ssize_t n, Py_ssize
     return PyErr_Occurred() ? -1 : i;
 }
 
-// A list of n + extra places whose first n hold the collection's elements, exactly n of them.
-PyObject* walked_head(PyObject* self, Py_ssize_t n, Py_ssize_t extra) {
-    PyObject* list = PyList_New(n + extra);
-    if (list == nullptr) return nullptr;
+// The collection's elements at list[0..n-1], exactly n of them.
+bool fill_walked(PyObject* self, PyObject* list, Py_ssize_t n, const void*) {
     const Py_ssize_t got = fill_from_walk(self, list, n, 1);
-    if (got == n) return list;
+    if (got == n) return true;
     if (got >= 0) raise_surplus();  // fewer elements than the length told
-    Py_DECREF(list);
-    return nullptr;
-}
-
-bool has_length_slot(PyObject* object) {
-    PySequenceMethods* sequence = Py_TYPE(object)->tp_as_sequence;
-    return sequence != nullptr && sequence->sq_length != nullptr;
+    return false;
 }
 
 PyMethodDef g_methods[] = {{"count", collection_count, METH_O, nullptr},
@@ -203,50 +196,7 @@ PyObject* collection_repeat(PyObject* self, Py_ssize_t count) {
 PyObject* collection_concat(PyObject* self, PyObject* other) {
     const Py_ssize_t n = collection_length(self);
     if (n < 0 && PyErr_Occurred()) return nullptr;
-    if (PyList_CheckExact(other) || PyTuple_CheckExact(other)) {
-        PyObject* fast = PySequence_Fast(other, "argument must be iterable");
-        if (fast == nullptr) return nullptr;
-        const Py_ssize_t m = PySequence_Fast_GET_SIZE(fast);
-        PyObject* list = walked_head(self, n, m);
-        if (list != nullptr) {
-            PyObject** items = PySequence_Fast_ITEMS(fast);
-            for (Py_ssize_t k = 0; k < m; ++k) PyList_SET_ITEM(list, n + k, Py_NewRef(items[k]));
-        }
-        Py_DECREF(fast);
-        return list;
-    }
-    if (PySequence_Check(other) && has_length_slot(other)) {
-        const Py_ssize_t m = PySequence_Size(other);
-        if (m < 0) return nullptr;
-        PyObject* list = walked_head(self, n, m);
-        if (list == nullptr) return nullptr;
-        for (Py_ssize_t k = 0; k < m; ++k) {
-            PyObject* item = PySequence_GetItem(other, k);
-            if (item == nullptr) {
-                Py_DECREF(list);
-                return nullptr;
-            }
-            PyList_SET_ITEM(list, n + k, item);
-        }
-        return list;
-    }
-    if (Py_TYPE(other)->tp_iter == nullptr && !PySequence_Check(other)) return raise_surplus();
-    PyObject* list = walked_head(self, n, 0);
-    if (list == nullptr) return nullptr;
-    PyObject* iterator = PyObject_GetIter(other);
-    if (iterator == nullptr) {
-        Py_DECREF(list);
-        return PyErr_Occurred() ? nullptr : raise_value_error("argument must be iterable");
-    }
-    PyObject* item;
-    while ((item = PyIter_Next(iterator)) != nullptr) {
-        const int appended = PyList_Append(list, item);
-        Py_DECREF(item);
-        if (appended < 0) break;
-    }
-    Py_DECREF(iterator);
-    if (PyErr_Occurred()) Py_CLEAR(list);
-    return list;
+    return concat_to_list(self, n, other, fill_walked, nullptr);
 }
 
 PySequenceMethods collection_sequence_methods(ssizeargfunc item) {

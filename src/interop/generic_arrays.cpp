@@ -41,11 +41,6 @@ int raise_slice_not_iterable() {
     return -1;
 }
 
-PyObject* raise_not_iterable_or_sequence() {
-    PyErr_SetString(PyExc_ValueError, "argument must be iterable or sequence");
-    return nullptr;
-}
-
 PyObject* raise_value_not_in_list() {
     PyErr_SetString(PyExc_ValueError, "value is not in list");
     return nullptr;
@@ -77,38 +72,6 @@ bool instance_arg_of(PyObject* object, InstanceArg* arg) {
     return true;
 }
 
-PyObject* extend_by_iteration(PyObject* result, PyObject* other) {
-    PyObject* iterator = PyObject_GetIter(other);
-    if (iterator == nullptr) {
-        if (!PyErr_Occurred()) PyErr_SetString(PyExc_ValueError, "argument must be iterable");
-        Py_DECREF(result);
-        return nullptr;
-    }
-    PyObject* item;
-    while ((item = PyIter_Next(iterator)) != nullptr) {
-        int appended = PyList_Append(result, item);
-        Py_DECREF(item);
-        if (appended < 0) break;
-    }
-    Py_DECREF(iterator);
-    if (PyErr_Occurred()) {
-        Py_DECREF(result);
-        return nullptr;
-    }
-    return result;
-}
-
 PyObject* long_from_int32(const int32_t& value) { return PyLong_FromLong(value); }
 PyObject* float_from_single(const float& value) { return PyFloat_FromDouble(value); }
 PyObject* uuid_from_guid(const GuidValue& value) { return guid_out(value.bytes); }
-
-PyTypeObject array_family_type(const char* name) {
-    PyTypeObject t = {PyVarObject_HEAD_INIT(nullptr, 0)};
-    t.tp_name = name;
-    t.tp_basicsize = sizeof(WrapperObject);
-    t.tp_dealloc = class_dealloc;
-    t.tp_hash = class_hash;
-    t.tp_flags = Py_TPFLAGS_DEFAULT;
-    t.tp_init = no_constructor_init;
-    return t;
-}

@@ -10,6 +10,8 @@
 
 #include "bridge/class_binding.h"
 #include "bridge/wrapper_object.h"
+#include "interop/concat_to_list.h"
+#include "interop/wrapper_type_shape.h"
 #include "marshal/buffer_marshal.h"
 #include "marshal/guid_marshal.h"
 
@@ -37,15 +39,12 @@ PyObject* raise_bad_key(PyObject* key);                              // TypeErro
 int raise_bad_key_status(PyObject* key);                             // the same; -1
 int raise_slice_size(Py_ssize_t given, Py_ssize_t slice);            // ValueError with both sizes; -1
 int raise_slice_not_iterable();                                      // TypeError; -1
-PyObject* raise_not_iterable_or_sequence();                          // ValueError; null
 PyObject* raise_value_not_in_list();                                 // ValueError; null
 PyObject* raise_sorting_key();                                       // ValueError; null
 int32_t index_to_wire(Py_ssize_t index);                             // beyond 32 bits: a position that misses
 bool key_is_index(PyObject* key);                                    // the key's type has nb_index
 // A wrapper (by its slots or its host mark) filled into `arg`; false for any other object.
 bool instance_arg_of(PyObject* object, InstanceArg* arg);
-// `self` + other when `other` is neither list nor tuple nor sized sequence: the iterable branch's tail.
-PyObject* extend_by_iteration(PyObject* result, PyObject* other);
 
 using ArgConverter = int (*)(PyObject*, void*);
 struct GuidValue;
@@ -222,42 +221,12 @@ struct TypedArray {
         return list;
     }
 
+    static bool fill_head(PyObject* self, PyObject* list, Py_ssize_t n, const void*) { return fill_own(self, list, n); }
+
     static PyObject* sq_concat(PyObject* self, PyObject* other) {
         Py_ssize_t n = sq_length(self);
         if (n < 0) return nullptr;
-        if (PyList_CheckExact(other) || PyTuple_CheckExact(other)) {
-            PyObject* fast = PySequence_Fast(other, "argument must be iterable");
-            if (fast == nullptr) return nullptr;
-            Py_ssize_t m = PySequence_Fast_GET_SIZE(fast);
-            PyObject* result = own_list(self, n, m);
-            if (result != nullptr) {
-                PyObject** items = PySequence_Fast_ITEMS(fast);
-                for (Py_ssize_t k = 0; k < m; ++k) PyList_SET_ITEM(result, n + k, Py_NewRef(items[k]));
-            }
-            Py_DECREF(fast);
-            return result;
-        }
-        PySequenceMethods* seq = Py_TYPE(other)->tp_as_sequence;
-        if (PySequence_Check(other) && seq->sq_length != nullptr) {
-            Py_ssize_t m = PySequence_Size(other);
-            if (m < 0) return nullptr;
-            PyObject* result = own_list(self, n, m);
-            if (result == nullptr) return nullptr;
-            for (Py_ssize_t k = 0; k < m; ++k) {
-                PyObject* item = PySequence_GetItem(other, k);
-                if (item == nullptr) {
-                    Py_DECREF(result);
-                    return nullptr;
-                }
-                PyList_SET_ITEM(result, n + k, item);
-            }
-            return result;
-        }
-        if (Py_TYPE(other)->tp_iter != nullptr || PySequence_Check(other)) {
-            PyObject* result = own_list(self, n, 0);
-            return result == nullptr ? nullptr : extend_by_iteration(result, other);
-        }
-        return raise_not_iterable_or_sequence();
+        return concat_to_list(self, n, other, fill_head, nullptr);
     }
 
     static PyObject* sq_repeat(PyObject* self, Py_ssize_t count) {
@@ -491,13 +460,10 @@ struct TypedIterator {
     static inline PyMethodDef methods[] = {WRAPPER_CONTEXT_METHODS, {nullptr, nullptr, 0, nullptr}};
 };
 
-// The wrapper shape every array and iterator type shares: no dictionary, not a base, no constructor.
-PyTypeObject array_family_type(const char* name);
-
 template <typename B>
 PyTypeObject typed_array_type(const char* name) {
     using A = TypedArray<B>;
-    PyTypeObject t = array_family_type(name);
+    PyTypeObject t = wrapper_type_shape(name);
     t.tp_as_sequence = &A::sequence_methods;
     t.tp_as_mapping = &A::mapping_methods;
     t.tp_richcompare = A::tp_richcompare;
@@ -511,7 +477,7 @@ PyTypeObject typed_array_type(const char* name) {
 template <typename B>
 PyTypeObject typed_iter_type(const char* name) {
     using I = TypedIterator<B>;
-    PyTypeObject t = array_family_type(name);
+    PyTypeObject t = wrapper_type_shape(name);
     t.tp_richcompare = I::tp_richcompare;
     t.tp_iter = PyObject_SelfIter;
     t.tp_iternext = I::tp_iternext;

@@ -3,6 +3,7 @@
 #include "interop/list_protocol.h"
 
 #include "interop/arg_checks.h"
+#include "interop/concat_to_list.h"
 
 namespace {
 
@@ -172,15 +173,8 @@ int assign_slice(PyObject* self, Py_ssize_t start, Py_ssize_t step, Py_ssize_t c
     return 0;
 }
 
-// The own elements of a concatenation, read by position, ahead of `other`'s.
-PyObject* concat_head(PyObject* self, Py_ssize_t n, Py_ssize_t extra, const ListEntries& e) {
-    PyObject* list = PyList_New(n + extra);
-    if (list == nullptr) return nullptr;
-    if (!fill_by_position(self, list, n, e)) {
-        Py_DECREF(list);
-        return nullptr;
-    }
-    return list;
+bool fill_own(PyObject* self, PyObject* list, Py_ssize_t n, const void* entries) {
+    return fill_by_position(self, list, n, *static_cast<const ListEntries*>(entries));
 }
 
 bool has_length_slot(PyObject* object) {
@@ -294,51 +288,7 @@ int list_ass_subscript(PyObject* self, PyObject* key, PyObject* value, const Lis
 PyObject* list_concat(PyObject* self, PyObject* other, const ListEntries& e) {
     const Py_ssize_t n = list_length(self, e);
     if (n < 0 && PyErr_Occurred()) return nullptr;
-    if (PyList_CheckExact(other) || PyTuple_CheckExact(other)) {
-        PyObject* fast = PySequence_Fast(other, "argument must be iterable");
-        if (fast == nullptr) return nullptr;
-        const Py_ssize_t m = PySequence_Fast_GET_SIZE(fast);
-        PyObject* list = concat_head(self, n, m, e);
-        if (list != nullptr) {
-            PyObject** items = PySequence_Fast_ITEMS(fast);
-            for (Py_ssize_t k = 0; k < m; ++k) PyList_SET_ITEM(list, n + k, Py_NewRef(items[k]));
-        }
-        Py_DECREF(fast);
-        return list;
-    }
-    if (PySequence_Check(other) && has_length_slot(other)) {
-        const Py_ssize_t m = PySequence_Size(other);
-        if (m < 0) return nullptr;
-        PyObject* list = concat_head(self, n, m, e);
-        if (list == nullptr) return nullptr;
-        for (Py_ssize_t k = 0; k < m; ++k) {
-            PyObject* item = PySequence_GetItem(other, k);
-            if (item == nullptr) {
-                Py_DECREF(list);
-                return nullptr;
-            }
-            PyList_SET_ITEM(list, n + k, item);
-        }
-        return list;
-    }
-    if (Py_TYPE(other)->tp_iter == nullptr && !PySequence_Check(other))
-        return raise_value_error("argument must be iterable or sequence");
-    PyObject* list = concat_head(self, n, 0, e);
-    if (list == nullptr) return nullptr;
-    PyObject* iterator = PyObject_GetIter(other);
-    if (iterator == nullptr) {
-        Py_DECREF(list);
-        return PyErr_Occurred() ? nullptr : raise_value_error("argument must be iterable");
-    }
-    PyObject* item;
-    while ((item = PyIter_Next(iterator)) != nullptr) {
-        const int appended = PyList_Append(list, item);
-        Py_DECREF(item);
-        if (appended < 0) break;
-    }
-    Py_DECREF(iterator);
-    if (PyErr_Occurred()) Py_CLEAR(list);
-    return list;
+    return concat_to_list(self, n, other, fill_own, &e);
 }
 
 PyObject* list_repeat(PyObject* self, Py_ssize_t count, const ListEntries& e) {
@@ -364,7 +314,10 @@ PyObject* list_repeat(PyObject* self, Py_ssize_t count, const ListEntries& e) {
 PyObject* list_copy(PyObject* self, const ListEntries& e) {
     const Py_ssize_t n = list_length(self, e);
     if (n < 0 && PyErr_Occurred()) return nullptr;
-    return concat_head(self, n, 0, e);
+    PyObject* list = PyList_New(n);
+    if (list == nullptr || fill_by_position(self, list, n, e)) return list;
+    Py_DECREF(list);
+    return nullptr;
 }
 
 // ----- in-place operators -----
