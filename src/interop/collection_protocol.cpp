@@ -10,25 +10,17 @@
 
 namespace {
 
-constexpr const char* kCollectionClass = "Orvane.WrpGen.Interop.SiApiCntCollection";
-constexpr const char* kCollectionNames[] = {"SqLength",       "SqContains", "CountOf", "CreateInstanceFromPyList",
-                                            "CreateInstanceFromPySequence", "IsAssignableTo"};
-constexpr const char* kRoBaseClass = "Orvane.WrpGen.Interop.SiApiReadOnlyCollectionBase";
-constexpr const char* kRoBaseNames[] = {"CreateInstanceFromPyList", "CreateInstanceFromPySequence",
-                                        "IsAssignableTo"};
+struct SiApiCntCollection {
+    static constexpr const char* kClass = "Orvane.WrpGen.Interop.SiApiCntCollection";
+    static constexpr const char* kEntries[] = {"SqLength",       "SqContains", "CountOf", "CreateInstanceFromPyList",
+                                               "CreateInstanceFromPySequence", "IsAssignableTo"};
+};
 
-using CollectionTable = ClassEntryTable<6>;
-using RoBaseTable = ClassEntryTable<3>;
-
-CollectionTable& collection_table() {
-    static CollectionTable t = bind_entry_table(kCollectionClass, kCollectionNames);
-    return t;
-}
-
-RoBaseTable& ro_base_table() {
-    static RoBaseTable t = bind_entry_table(kRoBaseClass, kRoBaseNames);
-    return t;
-}
+struct SiApiReadOnlyCollectionBase {
+    static constexpr const char* kClass = "Orvane.WrpGen.Interop.SiApiReadOnlyCollectionBase";
+    static constexpr const char* kEntries[] = {"CreateInstanceFromPyList", "CreateInstanceFromPySequence",
+                                               "IsAssignableTo"};
+};
 
 // ----- cold texts -----
 
@@ -105,33 +97,26 @@ PyTypeObject collection_type(const char* name) {
 
 }  // namespace
 
-PyTypeObject Interop_IColWrapper_Type = [] {
-    PyTypeObject t = collection_type("orvane.pyfigura._wrpgen._interop._IColWrapper");
-    t.tp_richcompare = compare_within<&Interop_IColWrapper_Type>;
-    t.tp_new = new_gated_by<Interop_IColWrapper_status>;
-    return t;
-}();
+PyTypeObject Interop_IColWrapper_Type = with_own_slots<&Interop_IColWrapper_Type, Interop_IColWrapper_status>(
+    collection_type("orvane.pyfigura._wrpgen._interop._IColWrapper"));
 
-PyTypeObject Interop_RoColBaseWrapper_Type = [] {
-    PyTypeObject t = collection_type("orvane.pyfigura._wrpgen._interop._RoColBaseWrapper");
-    t.tp_richcompare = compare_within<&Interop_RoColBaseWrapper_Type>;
-    t.tp_new = new_gated_by<Interop_RoColBaseWrapper_status>;
-    return t;
-}();
+PyTypeObject Interop_RoColBaseWrapper_Type =
+    with_own_slots<&Interop_RoColBaseWrapper_Type, Interop_RoColBaseWrapper_status>(
+        collection_type("orvane.pyfigura._wrpgen._interop._RoColBaseWrapper"));
 
 const TypeInitStatus& Interop_IColWrapper_status() {
-    static const TypeInitStatus status = status_of(collection_table().header, {Interop_IterableWrapper_status});
+    static const TypeInitStatus status = status_of<SiApiCntCollection>({Interop_IterableWrapper_status});
     return status;
 }
 
 const TypeInitStatus& Interop_RoColBaseWrapper_status() {
     static const TypeInitStatus status =
-        status_of(ro_base_table().header, {Interop_IColWrapper_status, Interop_IterableWrapper_status});
+        status_of<SiApiReadOnlyCollectionBase>({Interop_IColWrapper_status, Interop_IterableWrapper_status});
     return status;
 }
 
 const ListEntries& collection_entries() {
-    static const ListEntries entries = list_entries_of(collection_table(), kCollectionNames);
+    static const ListEntries entries = list_entries_of<SiApiCntCollection>();
     return entries;
 }
 

@@ -7,27 +7,23 @@
 
 namespace {
 
-constexpr const char* kEntryClass = "Orvane.WrpGen.Interop.SiApiDisposable";
-constexpr const char* kEntryNames[] = {"IsAssignableTo"};
-
-ClassEntryTable<1>& table() {
-    static ClassEntryTable<1> t = bind_entry_table(kEntryClass, kEntryNames);
-    return t;
-}
+struct SiApiDisposable {
+    static constexpr const char* kClass = "Orvane.WrpGen.Interop.SiApiDisposable";
+    static constexpr const char* kEntries[] = {"IsAssignableTo"};
+};
 
 PyMethodDef g_methods[] = {WRAPPER_CONTEXT_METHODS, {nullptr, nullptr, 0, nullptr}};
 
 }  // namespace
 
 PyTypeObject Interop_IDisposableWrapper_Type = [] {
-    PyTypeObject t = wrapper_type_shape("orvane.pyfigura._wrpgen._interop._IDisposableWrapper");
-    t.tp_richcompare = compare_within<&Interop_IDisposableWrapper_Type>;
+    PyTypeObject t = with_own_slots<&Interop_IDisposableWrapper_Type, Interop_IDisposableWrapper_status>(
+        wrapper_type_shape("orvane.pyfigura._wrpgen._interop._IDisposableWrapper"));
     t.tp_methods = g_methods;
-    t.tp_new = new_gated_by<Interop_IDisposableWrapper_status>;
     return t;
 }();
 
 const TypeInitStatus& Interop_IDisposableWrapper_status() {
-    static const TypeInitStatus status = status_of(table().header);
+    static const TypeInitStatus status = status_of<SiApiDisposable>();
     return status;
 }

@@ -9,29 +9,24 @@
 
 namespace {
 
-constexpr const char* kEnumerableClass = "Orvane.WrpGen.Interop.SiApiEnumerable";
-constexpr const char* kEnumerableNames[] = {"GetEnumerator", "CreateInstanceFromPyIterable", "IsAssignableTo"};
-constexpr const char* kEnumeratorClass = "Orvane.WrpGen.Interop.SiApiEnumerator";
-constexpr const char* kEnumeratorNames[] = {"MoveNext", "IsAssignableTo"};
-using EnumerableTable = ClassEntryTable<3>;
-using EnumeratorTable = ClassEntryTable<2>;
+struct SiApiEnumerable {
+    static constexpr const char* kClass = "Orvane.WrpGen.Interop.SiApiEnumerable";
+    static constexpr const char* kEntries[] = {"GetEnumerator", "CreateInstanceFromPyIterable", "IsAssignableTo"};
+};
 
-EnumerableTable& enumerable_table() {
-    static EnumerableTable t = bind_entry_table(kEnumerableClass, kEnumerableNames);
-    return t;
-}
-
-EnumeratorTable& enumerator_table() {
-    static EnumeratorTable t = bind_entry_table(kEnumeratorClass, kEnumeratorNames);
-    return t;
-}
+struct SiApiEnumerator {
+    static constexpr const char* kClass = "Orvane.WrpGen.Interop.SiApiEnumerator";
+    static constexpr const char* kEntries[] = {"MoveNext", "IsAssignableTo"};
+};
 
 using GetEnumeratorFn = int32_t (*)(InstanceHandle, InstanceHandle*);
 using MoveNextFn = uint32_t (*)(InstanceHandle, PyObject**);
 
 // Only reached through wrappers, which exist only when their table is bound.
-GetEnumeratorFn get_enumerator() { return reinterpret_cast<GetEnumeratorFn>(enumerable_table().entries[0]); }
-MoveNextFn move_next() { return reinterpret_cast<MoveNextFn>(enumerator_table().entries[0]); }
+GetEnumeratorFn get_enumerator() {
+    return reinterpret_cast<GetEnumeratorFn>(bound_table<SiApiEnumerable>().entries[0]);
+}
+MoveNextFn move_next() { return reinterpret_cast<MoveNextFn>(bound_table<SiApiEnumerator>().entries[0]); }
 
 PyObject* iter_next(PyObject* self) {
     PyObject* item = nullptr;
@@ -45,29 +40,25 @@ PyObject* iter_self(PyObject* self) { return Py_NewRef(self); }
 
 }  // namespace
 
-PyTypeObject Interop_IterableWrapper_Type = [] {
-    PyTypeObject t = iterable_type_shape("orvane.pyfigura._wrpgen._interop._IterableWrapper");
-    t.tp_richcompare = compare_within<&Interop_IterableWrapper_Type>;
-    t.tp_new = new_gated_by<Interop_IterableWrapper_status>;
-    return t;
-}();
+PyTypeObject Interop_IterableWrapper_Type =
+    with_own_slots<&Interop_IterableWrapper_Type, Interop_IterableWrapper_status>(
+        iterable_type_shape("orvane.pyfigura._wrpgen._interop._IterableWrapper"));
 
 PyTypeObject Interop_IterWrapper_Type = [] {
-    PyTypeObject t = wrapper_type_shape("orvane.pyfigura._wrpgen._interop._IterWrapper");
-    t.tp_richcompare = compare_within<&Interop_IterWrapper_Type>;
+    PyTypeObject t = with_own_slots<&Interop_IterWrapper_Type, Interop_IterWrapper_status>(
+        wrapper_type_shape("orvane.pyfigura._wrpgen._interop._IterWrapper"));
     t.tp_iter = iter_self;
     t.tp_iternext = iter_next;
-    t.tp_new = new_gated_by<Interop_IterWrapper_status>;
     return t;
 }();
 
 const TypeInitStatus& Interop_IterableWrapper_status() {
-    static const TypeInitStatus status = status_of(enumerable_table().header);
+    static const TypeInitStatus status = status_of<SiApiEnumerable>();
     return status;
 }
 
 const TypeInitStatus& Interop_IterWrapper_status() {
-    static const TypeInitStatus status = status_of(enumerator_table().header);
+    static const TypeInitStatus status = status_of<SiApiEnumerator>();
     return status;
 }
 

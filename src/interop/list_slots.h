@@ -13,7 +13,9 @@ struct ListSlots {
     static PyObject* concat(PyObject* self, PyObject* other) { return list_concat(self, other, Entries()); }
     static PyObject* repeat(PyObject* self, Py_ssize_t count) { return list_repeat(self, count, Entries()); }
     static PyObject* item(PyObject* self, Py_ssize_t i) { return list_item(self, i, Entries()); }
-    static int ass_item(PyObject* self, Py_ssize_t i, PyObject* value) { return list_ass_item(self, i, value, Entries()); }
+    static int ass_item(PyObject* self, Py_ssize_t i, PyObject* value) {
+        return list_ass_item(self, i, value, Entries());
+    }
     static int has(PyObject* self, PyObject* value) { return list_sq_contains(self, value, Entries()); }
     static PyObject* inplace_concat(PyObject* self, PyObject* other) {
         return list_inplace_concat(self, other, Entries());

@@ -13,16 +13,13 @@
 
 namespace {
 
-constexpr const char* kEntryClass = "Orvane.WrpGen.Interop.SiApiStream";
-constexpr const char* kEntryNames[] = {"CanRead", "CanSeek", "CanWrite", "Length", "Position", "Close",
-                                       "Flush",   "Read",    "Seek",     "SetLength", "Write", "IsAssignableTo"};
-constexpr size_t kEntryCount = sizeof kEntryNames / sizeof kEntryNames[0];
-using Table = ClassEntryTable<kEntryCount>;
-
-Table& table() {
-    static Table t = bind_entry_table(kEntryClass, kEntryNames);
-    return t;
-}
+struct SiApiStream {
+    static constexpr const char* kClass = "Orvane.WrpGen.Interop.SiApiStream";
+    static constexpr const char* kEntries[] = {"CanRead", "CanSeek",   "CanWrite", "Length",
+                                               "Position", "Close",    "Flush",    "Read",
+                                               "Seek",    "SetLength", "Write",    "IsAssignableTo"};
+};
+constexpr size_t kEntryCount = sizeof SiApiStream::kEntries / sizeof SiApiStream::kEntries[0];
 
 // The entries, typed, in table order. Only called on wrappers, which exist only when the table is bound.
 struct Entries {
@@ -41,7 +38,7 @@ struct Entries {
 };
 static_assert(sizeof(Entries) == sizeof(void*) * kEntryCount, "one pointer per entry");
 
-const Entries& entries() { return *reinterpret_cast<const Entries*>(table().entries); }
+const Entries& entries() { return *reinterpret_cast<const Entries*>(bound_table<SiApiStream>().entries); }
 
 constexpr Py_ssize_t kMaxChunk = INT32_MAX;   // one managed call moves at most this many bytes
 constexpr Py_ssize_t kMaxSize = PY_SSIZE_T_MAX;
@@ -464,10 +461,10 @@ PyTypeObject Interop_StreamWrapper_Type = [] {
 }();
 
 const TypeInitStatus& Interop_StreamWrapper_status() {
-    static const TypeInitStatus status = status_of(table().header);
+    static const TypeInitStatus status = status_of<SiApiStream>();
     return status;
 }
 
 IsAssignableByHandle stream_is_assignable() {
-    return table().header.failed ? nullptr : entries().IsAssignableTo;
+    return bound_table<SiApiStream>().header.failed ? nullptr : entries().IsAssignableTo;
 }

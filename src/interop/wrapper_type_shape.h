@@ -21,3 +21,11 @@ template <const TypeInitStatus& (*Status)()>
 PyObject* new_gated_by(PyTypeObject* type, PyObject* args, PyObject* kwargs) {
     return gated_new(type, Status(), args, kwargs);
 }
+
+// `shape` with the slots that belong to one type: comparison within it, creation gated by its status.
+template <PyTypeObject* Type, const TypeInitStatus& (*Status)()>
+PyTypeObject with_own_slots(PyTypeObject shape) {
+    shape.tp_richcompare = compare_within<Type>;
+    shape.tp_new = new_gated_by<Status>;
+    return shape;
+}
