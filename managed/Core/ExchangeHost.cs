@@ -30,41 +30,33 @@ namespace Orvane.WrpGen.Interop
         }
 
         [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetExceptionCallback(delegate* unmanaged<IntPtr, IntPtr, void> callback)
             => NativeCallbacks.RaiseProxyError = callback;
 
         [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetCatchAndClearErrorCallback(delegate* unmanaged<IntPtr*, StringArg*, int> callback)
             => NativeCallbacks.CatchAndClearError = callback;
 
         [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetU16StrBuilderCallback(delegate* unmanaged<char*, int, IntPtr> callback)
             => NativeCallbacks.BuildU16String = callback;
 
         [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyStrBuilderCallback(delegate* unmanaged<char*, int, IntPtr> callback)
             => NativeCallbacks.BuildPyString = callback;
 
         [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyUnraisableStrBuilderCallback(delegate* unmanaged<char*, int, IntPtr> callback)
             => NativeCallbacks.BuildPyStringQuiet = callback;
 
         [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyBytesBuilderCallback(delegate* unmanaged<byte*, int, IntPtr> callback)
             => NativeCallbacks.BuildPyBytes = callback;
 
         [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyStaticCallbacks(IntPtr* groups) => NativeCallbacks.StaticGroups = groups;
 
         [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void SetPyGenericCallbacks(IntPtr* cells) => NativeCallbacks.GenericCells = cells;
 
         /// <summary>Drops the Python references that finalized managed objects left behind.</summary>
@@ -99,7 +91,6 @@ namespace Orvane.WrpGen.Interop
 
         /// <summary>All callbacks stand: the managed side may now call back into Python.</summary>
         [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static void InitServices()
         {
             try
@@ -116,7 +107,6 @@ namespace Orvane.WrpGen.Interop
 #if !WITHOUT_BOXSTCTARGET
         /// <summary>Bound at start-up and kept for managed structs held by handle; the module never calls it.</summary>
         [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static IntPtr BoxStcTarget(IntPtr handle)
         {
             try

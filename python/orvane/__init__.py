@@ -4,7 +4,6 @@ Importing the package points the .NET host at the runtime and assemblies that sh
 the environment already names other places, and checks that layout before the extension is loaded,
 so that a broken install raises ImportError instead of ending the process.
 """
-import importlib.abc
 import os
 import sys
 
@@ -63,8 +62,12 @@ def _layout_problems():
     return problems
 
 
-class _LayoutCheck(importlib.abc.MetaPathFinder):
-    """Refuses to load orvane.pyfigura when the runtime layout is incomplete."""
+class _LayoutCheck:
+    """Refuses to load orvane.pyfigura when the runtime layout is incomplete.
+
+    A meta path finder by protocol (find_spec); importlib.abc is not imported for it, as that
+    alone costs more than the rest of the package's start-up.
+    """
 
     def find_spec(self, fullname, path, target=None):
         if fullname != __name__ + ".pyfigura":
