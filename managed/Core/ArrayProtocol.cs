@@ -226,8 +226,11 @@ namespace Orvane.WrpGen.Interop
     }
 
     /// <summary>Entries of _ArrListWrapper over an ArrayList, in binding order.</summary>
-    public static unsafe class SiApiArrayList
+    /// <remarks>The entries that read and write single items are those of the IList table, inherited.</remarks>
+    public sealed unsafe class SiApiArrayList : SiApiCntList
     {
+        private SiApiArrayList() { }
+
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqLength(IntPtr self)
@@ -246,22 +249,7 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static void Add(IntPtr self, VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                ListOperations.Add(ListOf(self), value);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int Remove(IntPtr self, VariantArg* value)
+        public static new int Remove(IntPtr self, VariantArg* value)
         {
             try
             {
@@ -277,22 +265,7 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static void Clear(IntPtr self)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                ListOf(self).Clear();
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int SqContains(IntPtr self, VariantArg* value)
+        public static new int SqContains(IntPtr self, VariantArg* value)
         {
             try
             {
@@ -303,54 +276,6 @@ namespace Orvane.WrpGen.Interop
             {
                 ProxyErrors.Report(e);
                 return -1;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int SqGetItem(IntPtr self, int index, IntPtr* result)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return ListOperations.GetItem(ListOf(self), index, result);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return ListStatus.Failed;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr SqGetItemNoCheck(IntPtr self, int index)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return ObjectResults.From(ListOf(self)[index]);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return IntPtr.Zero;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int SqSetItem(IntPtr self, int index, VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return ListOperations.SetItem(ListOf(self), index, value);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return ListStatus.Failed;
             }
         }
 
@@ -371,54 +296,7 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static void Insert(IntPtr self, int index, VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                ListOperations.Insert(ListOf(self), index, value);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int RemoveAt(IntPtr self, int index)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return ListOperations.RemoveAt(ListOf(self), index);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return ListStatus.Failed;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int Pop(IntPtr self, int argc, int index, IntPtr* result)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return ListOperations.Pop(ListOf(self), argc, index, result);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return ListStatus.Failed;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int SqInplaceConcat(IntPtr self, InstanceArg* other)
+        public static new int SqInplaceConcat(IntPtr self, InstanceArg* other)
         {
             try
             {
@@ -434,7 +312,7 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static void SqInplaceRepeat(IntPtr self, int count)
+        public static new void SqInplaceRepeat(IntPtr self, int count)
         {
             try
             {
@@ -449,23 +327,7 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int MpSetItems(IntPtr self, InstanceArg* other, int start, int count, int step)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return ListOperations.SetItems(ListOf(self), InstanceHandles.Get(other->Handle), start, count, step);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return 0;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static void MpRemoveItems(IntPtr self, int start, int count, int step)
+        public static new void MpRemoveItems(IntPtr self, int start, int count, int step)
         {
             try
             {
@@ -480,7 +342,7 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static void Reverse(IntPtr self)
+        public static new void Reverse(IntPtr self)
         {
             try
             {
@@ -495,43 +357,12 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static void Sort(IntPtr self, int reverse)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                ListOperations.Sort(ListOf(self), reverse != 0);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value)
+        public static new int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value)
         {
             try
             {
                 PendingReleases.DrainIfAny();
                 return ListOperations.IndexBy(ListOf(self), hasStart != 0, start, hasStop != 0, stop, value, remeasure: false);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return -1;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int CountOf(IntPtr self, VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return CollectionItems.CountOf(ListOf(self), value);
             }
             catch (Exception e)
             {
@@ -558,15 +389,15 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr CreateInstanceFromPyList(VariantArg* value) => NewArrayList(value);
+        public static new IntPtr CreateInstanceFromPyList(VariantArg* value) => NewArrayList(value);
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewArrayList(value);
+        public static new IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewArrayList(value);
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static byte IsAssignableTo(IntPtr handle)
+        public static new byte IsAssignableTo(IntPtr handle)
         {
             try
             {

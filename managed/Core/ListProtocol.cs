@@ -7,8 +7,10 @@ using System.Runtime.InteropServices;
 namespace Orvane.WrpGen.Interop
 {
     /// <summary>Entries of _IListWrapper, in its binding order. Statuses: 0 done, 2 out of range, -1 failed.</summary>
-    public static unsafe class SiApiCntList
+    public unsafe class SiApiCntList
     {
+        protected SiApiCntList() { }
+
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqGetItem(IntPtr self, int index, IntPtr* result)
