@@ -7,9 +7,12 @@ using System.Runtime.InteropServices;
 
 namespace Orvane.WrpGen.Interop
 {
-    /// <summary>Entries of _ArrayWrapper over any managed array, in binding order: fixed length, elements as objects.</summary>
-    public static unsafe class SiApiArray
+    /// <summary>Entries of _ArrayWrapper over any managed array: fixed length, elements as objects; the item
+    /// entries it shares with any IList are the IList table's, inherited.</summary>
+    public sealed unsafe class SiApiArray : SiApiCntList
     {
+        private SiApiArray() { }
+
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
         public static int SqLength(IntPtr self)
@@ -28,7 +31,7 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int SqContains(IntPtr self, VariantArg* value)
+        public static new int SqContains(IntPtr self, VariantArg* value)
         {
             try
             {
@@ -39,54 +42,6 @@ namespace Orvane.WrpGen.Interop
             {
                 ProxyErrors.Report(e);
                 return -1;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int SqGetItem(IntPtr self, int index, IntPtr* result)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return ListOperations.GetItem(ArrayOf(self), index, result);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return ListStatus.Failed;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr SqGetItemNoCheck(IntPtr self, int index)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return ObjectResults.From(ArrayOf(self)[index]);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return IntPtr.Zero;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int SqSetItem(IntPtr self, int index, VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return ListOperations.SetItem(ArrayOf(self), index, value);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return ListStatus.Failed;
             }
         }
 
@@ -107,7 +62,7 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int MpSetItems(IntPtr self, InstanceArg* other, int start, int count, int step)
+        public static new int MpSetItems(IntPtr self, InstanceArg* other, int start, int count, int step)
         {
             try
             {
@@ -123,37 +78,7 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static void Reverse(IntPtr self)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                ListOperations.Reverse(ArrayOf(self));
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static void Sort(IntPtr self, int reverse)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                ListOperations.Sort(ArrayOf(self), reverse != 0);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value)
+        public static new int IndexBy(IntPtr self, int hasStart, int start, int hasStop, int stop, VariantArg* value)
         {
             try
             {
@@ -170,31 +95,15 @@ namespace Orvane.WrpGen.Interop
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int CountOf(IntPtr self, VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return CollectionItems.CountOf(ArrayOf(self), value);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return -1;
-            }
-        }
+        public static new IntPtr CreateInstanceFromPyList(VariantArg* value) => NewArray(value);
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr CreateInstanceFromPyList(VariantArg* value) => NewArray(value);
+        public static new IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewArray(value);
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static IntPtr CreateInstanceFromPySequence(VariantArg* value) => NewArray(value);
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static byte IsAssignableTo(IntPtr handle)
+        public static new byte IsAssignableTo(IntPtr handle)
         {
             try
             {
