@@ -1,5 +1,7 @@
-// Checks run before managed members that would end the process instead of throwing when their platform need is missing.
+// Checks run before managed members that would end the process instead of throwing when their need is missing.
 using System;
+using System.Drawing;
+using System.Runtime.CompilerServices;
 
 namespace Orvane.WrpGen.Interop
 {
@@ -13,6 +15,27 @@ namespace Orvane.WrpGen.Interop
         {
             if (string.IsNullOrEmpty(Environment.GetEnvironmentVariable("DISPLAY")))
                 throw new PlatformNotSupportedException("copying from the screen needs an X display, and DISPLAY is not set");
+        }
+
+        // Saved states and containers know the Graphics that made them: libgdiplus crashes when one is
+        // restored or ended on another Graphics.
+        private static readonly ConditionalWeakTable<object, Graphics> s_graphicsOf = new ConditionalWeakTable<object, Graphics>();
+
+        /// <summary>Remembers which Graphics made a saved state or container.</summary>
+        public static void RecordGraphics(IntPtr graphics, object stateOrContainer)
+        {
+            if (stateOrContainer != null)
+                s_graphicsOf.AddOrUpdate(stateOrContainer, InstanceHandles.Get<Graphics>(graphics));
+        }
+
+        /// <summary>Refuses a saved state or container that another Graphics made.</summary>
+        public static void RequireSameGraphics(IntPtr graphics, IntPtr stateOrContainer)
+        {
+            object target = InstanceHandles.Get(stateOrContainer);
+            if (target == null) return;  // the managed member refuses null itself
+            if (!s_graphicsOf.TryGetValue(target, out Graphics owner) || !ReferenceEquals(owner, InstanceHandles.Get(graphics)))
+                throw new ArgumentException("the " + (target is System.Drawing.Drawing2D.GraphicsState ? "state" : "container")
+                                            + " was saved by another Graphics");
         }
     }
 }

@@ -17,3 +17,22 @@ def test_screen_copy_without_display_is_a_proxy_error(fresh_python):
     lines = run.stdout.decode().splitlines()
     assert lines == ["Proxy error(System.PlatformNotSupportedException): copying from the screen needs an "
                      "X display, and DISPLAY is not set"] * 2 + ["alive"]
+
+
+def test_states_and_containers_only_go_back_to_their_own_graphics():
+    import orvane.pyfigura as f
+    g1 = f.Graphics.from_image(f.Bitmap(4, 4))
+    g2 = f.Graphics.from_image(f.Bitmap(4, 4))
+    foreign = [(g1.restore, g2.save(), "state"), (g1.end_container, g2.begin_container(), "container")]
+    for restore, token, what in foreign:
+        try:
+            restore(token)
+        except RuntimeError as e:
+            assert str(e) == f"Proxy error(System.ArgumentException): the {what} was saved by another Graphics"
+        else:
+            raise AssertionError(f"a foreign {what} was accepted")
+    # Their own tokens still work, from every overload that makes one.
+    g1.restore(g1.save())
+    g1.end_container(g1.begin_container())
+    g1.end_container(g1.begin_container(f.RectangleF(0, 0, 2, 2), f.RectangleF(0, 0, 1, 1), 2))
+    g1.end_container(g1.begin_container(f.Rectangle(0, 0, 2, 2), f.Rectangle(0, 0, 1, 1), 2))
