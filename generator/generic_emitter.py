@@ -273,7 +273,11 @@ def managed_instantiation(model, generic, inst):
     ns, _, array_cls = generic["tables"]["array"].format(suffix=sfx).rpartition(".")
     methods = [f"        private static {t}[] Of(IntPtr self) => ({t}[])InstanceHandles.Get(self);",
                f"        private static {t} In({win}* value) => {el.read.format('value')};"]
-    if el.kind is not None:
+    if el.kind == 0:
+        # Byte-array elements lease a buffer each: their reader takes a buffer record as well.
+        methods.append("        /// <summary>The managed array of an array argument (byte-array elements).</summary>\n"
+                       "        public static byte[][] Read(ArrayArg* arg) => ArrayArgs.ReadByteArrays(arg);")
+    elif el.kind is not None:
         methods.append(f"        /// <summary>The managed array of an array argument (kind {el.kind} of the element readers).</summary>\n"
                        f"        public static {t}[] Read(ArrayArg* arg) => ArrayArgs.Read<{t}, {win}>(arg, {el.kind}, &In);")
     if full:

@@ -17,6 +17,10 @@ namespace Orvane.WrpGen.Interop
         private const int KindHandle = 0;
         private const int KindList = 2;
         private const int KindSequence = 3;
+        private const int GroupBuffers = 2;
+        private const int BufferRecordSize = 0;
+        private const int BufferZero = 1;
+        private const int BufferRelease = 3;
         private const int GroupContainers = 5;
         private const int ListSize = 0;
         private const int SequenceSize = 4;
@@ -72,6 +76,53 @@ namespace Orvane.WrpGen.Interop
                 finally
                 {
                     NativeCallbacks.DecRef(held);  // the wire record may point into the item until here
+                }
+            }
+            return result;
+        }
+
+        /// <summary>
+        /// byte[][] from an array argument. Byte-array elements are read through a buffer record that
+        /// the element reader fills and leases; each lease is given back once its bytes are copied.
+        /// </summary>
+        public static byte[][] ReadByteArrays(ArrayArg* arg)
+        {
+            switch (arg->Kind)
+            {
+                case KindHandle:
+                    return (byte[][])InstanceHandles.Get(arg->Value);
+                case KindList:
+                case KindSequence:
+                    return ByteArraysFrom(arg->Value, arg->Kind == KindSequence);
+                default:
+                    throw new NotSupportedException("an array argument of kind " + arg->Kind + " is not known");
+            }
+        }
+
+        private static byte[][] ByteArraysFrom(IntPtr items, bool sequence)
+        {
+            long count = Size(items, sequence ? SequenceSize : ListSize);
+            var buffers = (IntPtr*)NativeCallbacks.StaticGroups[GroupBuffers];
+            int recordSize = ((delegate* unmanaged<int>)buffers[BufferRecordSize])();
+            byte* record = stackalloc byte[recordSize];
+            var result = new byte[count][];
+            for (int i = 0; i < result.Length; i++)
+            {
+                ((delegate* unmanaged<byte*, void>)buffers[BufferZero])(record);
+                BufferArg view = new BufferArg { Length = -1 };
+                IntPtr held = IntPtr.Zero;
+                int status = sequence
+                    ? ((delegate* unmanaged<IntPtr, int, IntPtr*, byte*, BufferArg*, int>)Reader(SequenceHalf))(items, i, &held, record, &view)
+                    : ((delegate* unmanaged<IntPtr, int, byte*, BufferArg*, int>)Reader(0))(items, i, record, &view);
+                try
+                {
+                    if (status != 0) throw new PythonErrorPending();
+                    result[i] = view.ToArray();
+                }
+                finally
+                {
+                    if (view.Acquired != 0) ((delegate* unmanaged<byte*, void>)buffers[BufferRelease])(record);
+                    NativeCallbacks.DecRef(held);
                 }
             }
             return result;
