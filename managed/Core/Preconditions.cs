@@ -17,6 +17,12 @@ namespace Orvane.WrpGen.Interop
                 throw new PlatformNotSupportedException("copying from the screen needs an X display, and DISPLAY is not set");
         }
 
+        /// <summary>Refuses a null object argument that the native library would dereference.</summary>
+        public static void RequireArgument(IntPtr handle, string name)
+        {
+            if (handle == IntPtr.Zero) throw new ArgumentNullException(name);
+        }
+
         // Saved states and containers know the Graphics that made them: libgdiplus crashes when one is
         // restored or ended on another Graphics.
         private static readonly ConditionalWeakTable<object, Graphics> s_graphicsOf = new ConditionalWeakTable<object, Graphics>();

@@ -35,7 +35,10 @@ namespace Orvane.WrpGen.Interop
             switch (arg->Kind)
             {
                 case 0:
-                    return (System.IO.Stream)InstanceHandles.Get(arg->Value);
+                    // Some System.Drawing members on Unix end the process on a null stream instead of
+                    // throwing; every Stream parameter of the surface refuses null, so refuse it here.
+                    return (System.IO.Stream)InstanceHandles.Get(arg->Value)
+                           ?? throw new ArgumentNullException("stream");
                 case 2:
                     return new PyFileStream(arg->Value);
                 default:

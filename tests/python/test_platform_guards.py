@@ -36,3 +36,21 @@ def test_states_and_containers_only_go_back_to_their_own_graphics():
     g1.end_container(g1.begin_container())
     g1.end_container(g1.begin_container(f.RectangleF(0, 0, 2, 2), f.RectangleF(0, 0, 1, 1), 2))
     g1.end_container(g1.begin_container(f.Rectangle(0, 0, 2, 2), f.Rectangle(0, 0, 1, 1), 2))
+
+
+def test_null_arguments_the_native_library_would_dereference_are_refused():
+    import orvane.pyfigura as f
+    path = f.drawing2d.GraphicsPath()
+    path.add_rectangle(f.Rectangle(0, 0, 2, 2))
+    iterator = f.drawing2d.GraphicsPathIterator(path)
+    calls = [lambda: iterator.next_marker(None), lambda: iterator.next_subpath(None, []),
+             lambda: f.Bitmap(2, 2).save(stream=None, format=f.imaging.ImageFormat.png),
+             lambda: f.Image.from_stream(None)]
+    texts = []
+    for call in calls:
+        try:
+            call()
+        except RuntimeError as e:
+            texts.append(str(e))
+    assert texts == ["Proxy error(System.ArgumentNullException): Value cannot be null. (Parameter 'path')"] * 2 + \
+                    ["Proxy error(System.ArgumentNullException): Value cannot be null. (Parameter 'stream')"] * 2
