@@ -113,8 +113,8 @@ class ClassEmitter:
         lines = []
         if trial.get("unmatched"):
             # The description names this overload but the managed API has none of its shape.
-            result = ResultForm("pending", make="this overload has no managed counterpart")
-        if result is not None and result.kind == "pending":
+            result = ResultForm("refused", make="this overload has no managed counterpart")
+        if result is not None and result.kind == "refused":
             lines.append(f'{pad}PyErr_SetString(PyExc_TypeError, {c_string(result.make)});')
             lines.append(f"{pad}return {failure};")
             return locals_, units, lines

@@ -1,8 +1,7 @@
 """How each type spelling of the API description crosses the native side of the wire.
 
 A parameter form says how a Python argument is converted and handed to an entry; a result form
-says what the entry returns and how that becomes a Python object. Kinds whose marshalling is not
-bound yet get a converter that refuses with a clear TypeError, so that every class exists whole.
+says what the entry returns and how that becomes a Python object.
 """
 import generic_emitter
 
@@ -29,11 +28,6 @@ SCALAR_RESULTS = {
 }
 
 VALUE_TYPES = {"Point", "PointF", "Size", "SizeF", "Rectangle", "RectangleF", "Color"}
-
-# Kinds bound by later work: their parameters refuse with a clear message before any managed call.
-PENDING_PARAM_CONVERTERS = {
-    "value": "convert_pending_value",
-}
 
 # Element spelling of a ref/out list parameter, from its managed by-ref type.
 LIST_ELEMENTS = {
@@ -75,7 +69,7 @@ class ResultForm:
     """Native handling of one result."""
 
     def __init__(self, kind, c_type=None, make=None, wrap=None, record=None):
-        self.kind = kind  # none | scalar | object | handle | typed | value | pending
+        self.kind = kind  # none | scalar | object | handle | typed | value | refused
         self.c_type = c_type
         self.make = make
         self.wrap = wrap

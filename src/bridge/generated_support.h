@@ -15,7 +15,6 @@
 #include "interop/interop_types.h"
 #include "marshal/buffer_marshal.h"
 #include "marshal/guid_marshal.h"
-#include "marshal/pending_kinds.h"
 #include "marshal/scalar_marshal.h"
 #include "marshal/stream_marshal.h"
 #include "marshal/string_marshal.h"
