@@ -5,10 +5,10 @@
 #include "host/core/host_runtime.h"
 #include "host/entry_tables.h"
 #include "marshal/string_marshal.h"
+#include "probe_binding.h"
 
 namespace {
 
-constexpr const char* kProbeAssembly = "Orvane.PyFigura.Probe";
 constexpr const char* kProbeClass = "Orvane.PyFigura.Probe.CallbackProbe";
 
 struct Entries {
@@ -20,22 +20,9 @@ struct Entries {
 Entries g_entries{};
 
 bool bind_probe() {
-    if (g_entries.bound) return true;
-    host::HostRuntime& rt = host::host_runtime_instance(u"3.1", false, u"orvane", u"pyfigura");
-    struct Binding {
-        const char* name;
-        void** slot;
-    } bindings[] = {{"Row", reinterpret_cast<void**>(&g_entries.Row)},
-                    {"LiveHandles", reinterpret_cast<void**>(&g_entries.LiveHandles)}};
-    for (auto& b : bindings) {
-        uint32_t status = host::bind_managed_entry(rt, kProbeAssembly, kProbeClass, b.name, b.slot);
-        if (status != 0) {
-            PyErr_SetString(PyExc_TypeError, format_binding_error(kProbeAssembly, kProbeClass, b.name, status).c_str());
-            return false;
-        }
-    }
-    g_entries.bound = true;
-    return true;
+    const ProbeBinding bindings[] = {{"Row", probe_slot(g_entries.Row)},
+                                     {"LiveHandles", probe_slot(g_entries.LiveHandles)}};
+    return bind_probe_entries(kProbeClass, bindings, sizeof bindings / sizeof bindings[0], g_entries.bound);
 }
 
 // row(op, target, item=None, index=0) -> (status, result or None, pending exception or None).

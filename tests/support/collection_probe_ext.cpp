@@ -6,10 +6,10 @@
 #include "host/core/host_runtime.h"
 #include "host/entry_tables.h"
 #include "marshal/string_marshal.h"
+#include "probe_binding.h"
 
 namespace {
 
-constexpr const char* kProbeAssembly = "Orvane.PyFigura.Probe";
 constexpr const char* kProbeClass = "Orvane.PyFigura.Probe.CollectionProbe";
 
 struct Entries {
@@ -21,22 +21,9 @@ struct Entries {
 Entries g_entries{};
 
 bool bind_probe() {
-    if (g_entries.bound) return true;
-    host::HostRuntime& rt = host::host_runtime_instance(u"3.1", false, u"orvane", u"pyfigura");
-    struct Binding {
-        const char* name;
-        void** slot;
-    } bindings[] = {{"Make", reinterpret_cast<void**>(&g_entries.Make)},
-                    {"Log", reinterpret_cast<void**>(&g_entries.Log)}};
-    for (auto& b : bindings) {
-        uint32_t status = host::bind_managed_entry(rt, kProbeAssembly, kProbeClass, b.name, b.slot);
-        if (status != 0) {
-            PyErr_SetString(PyExc_TypeError, format_binding_error(kProbeAssembly, kProbeClass, b.name, status).c_str());
-            return false;
-        }
-    }
-    g_entries.bound = true;
-    return true;
+    const ProbeBinding bindings[] = {{"Make", probe_slot(g_entries.Make)},
+                                     {"Log", probe_slot(g_entries.Log)}};
+    return bind_probe_entries(kProbeClass, bindings, sizeof bindings / sizeof bindings[0], g_entries.bound);
 }
 
 // make(kind, type) -> a new object of `type` (a wrapper type of the extension) holding the managed object.

@@ -5,10 +5,10 @@
 #include "host/core/host_runtime.h"
 #include "host/entry_tables.h"
 #include "marshal/string_marshal.h"
+#include "probe_binding.h"
 
 namespace {
 
-constexpr const char* kProbeAssembly = "Orvane.PyFigura.Probe";
 constexpr const char* kProbeClass = "Orvane.PyFigura.Probe.DrawingProbe";
 
 struct ProbeEntries {
@@ -25,26 +25,13 @@ ProbeEntries g_entries{};
 
 // Joins the host (the loader library is already in the process) and binds the probe entries.
 bool bind_probe() {
-    if (g_entries.bound) return true;
-    host::HostRuntime& rt = host::host_runtime_instance(u"3.1", false, u"orvane", u"pyfigura");
-    struct Binding {
-        const char* name;
-        void** slot;
-    } bindings[] = {{"DrawSample", reinterpret_cast<void**>(&g_entries.DrawSample)},
-                    {"Fail", reinterpret_cast<void**>(&g_entries.Fail)},
-                    {"Echo", reinterpret_cast<void**>(&g_entries.Echo)},
-                    {"LiveHandles", reinterpret_cast<void**>(&g_entries.LiveHandles)},
-                    {"TypeNameLookups", reinterpret_cast<void**>(&g_entries.TypeNameLookups)},
-                    {"CollectGarbage", reinterpret_cast<void**>(&g_entries.CollectGarbage)}};
-    for (auto& b : bindings) {
-        uint32_t status = host::bind_managed_entry(rt, kProbeAssembly, kProbeClass, b.name, b.slot);
-        if (status != 0) {
-            PyErr_SetString(PyExc_TypeError, format_binding_error(kProbeAssembly, kProbeClass, b.name, status).c_str());
-            return false;
-        }
-    }
-    g_entries.bound = true;
-    return true;
+    const ProbeBinding bindings[] = {{"DrawSample", probe_slot(g_entries.DrawSample)},
+                                     {"Fail", probe_slot(g_entries.Fail)},
+                                     {"Echo", probe_slot(g_entries.Echo)},
+                                     {"LiveHandles", probe_slot(g_entries.LiveHandles)},
+                                     {"TypeNameLookups", probe_slot(g_entries.TypeNameLookups)},
+                                     {"CollectGarbage", probe_slot(g_entries.CollectGarbage)}};
+    return bind_probe_entries(kProbeClass, bindings, sizeof bindings / sizeof bindings[0], g_entries.bound);
 }
 
 PyObject* draw_sample(PyObject*, PyObject* args) {
