@@ -7,11 +7,10 @@ using System.Runtime.InteropServices;
 
 namespace Orvane.WrpGen.Interop
 {
-    /// <summary>Entries of _ArrayWrapper over any managed array: fixed length, elements as objects; the item
-    /// entries it shares with any IList are the IList table's, inherited.</summary>
-    public sealed unsafe class SiApiArray : SiApiCntList
+    /// <summary>The entries that the array and ArrayList tables add to the IList table, alike in both.</summary>
+    public unsafe class SiApiIndexedList : SiApiCntList
     {
-        private SiApiArray() { }
+        protected SiApiIndexedList() { }
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
@@ -20,7 +19,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                return ArrayOf(self).Count;
+                return ItemsOf(self).Count;
             }
             catch (Exception e)
             {
@@ -36,7 +35,7 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                return CollectionItems.Contains(ArrayOf(self), value) ? 1 : 0;
+                return CollectionItems.Contains(ItemsOf(self), value) ? 1 : 0;
             }
             catch (Exception e)
             {
@@ -52,13 +51,22 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                ListOperations.SetItemNoCheck(ArrayOf(self), index, value);
+                ListOperations.SetItemNoCheck(ItemsOf(self), index, value);
             }
             catch (Exception e)
             {
                 ProxyErrors.Report(e);
             }
         }
+
+        private static IList ItemsOf(IntPtr self) => (IList)InstanceHandles.Get(self);
+    }
+
+    /// <summary>Entries of _ArrayWrapper over any managed array: fixed length, elements as objects; the item
+    /// entries it shares with any IList are the IList table's, inherited.</summary>
+    public sealed unsafe class SiApiArray : SiApiIndexedList
+    {
+        private SiApiArray() { }
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
@@ -136,25 +144,9 @@ namespace Orvane.WrpGen.Interop
 
     /// <summary>Entries of _ArrListWrapper over an ArrayList, in binding order.</summary>
     /// <remarks>The entries that read and write single items are those of the IList table, inherited.</remarks>
-    public sealed unsafe class SiApiArrayList : SiApiCntList
+    public sealed unsafe class SiApiArrayList : SiApiIndexedList
     {
         private SiApiArrayList() { }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static int SqLength(IntPtr self)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return ListOf(self).Count;
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return -1;
-            }
-        }
 
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
@@ -169,37 +161,6 @@ namespace Orvane.WrpGen.Interop
             {
                 ProxyErrors.Report(e);
                 return ListStatus.Failed;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static new int SqContains(IntPtr self, VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                return CollectionItems.Contains(ListOf(self), value) ? 1 : 0;
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return -1;
-            }
-        }
-
-        [UnmanagedCallersOnly]
-        [MethodImpl(MethodImplOptions.AggressiveOptimization)]
-        public static void SqSetItemNoChek(IntPtr self, int index, VariantArg* value)
-        {
-            try
-            {
-                PendingReleases.DrainIfAny();
-                ListOperations.SetItemNoCheck(ListOf(self), index, value);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
             }
         }
 
