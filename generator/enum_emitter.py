@@ -5,6 +5,7 @@ names in accessor order, and a builder that hands both to build_int_enum. Per mo
 EnumRegistration array in the order of api/modules.json, declared in the enumeration header so
 that the module contents can point at it.
 """
+import doc_text
 
 HEADER = "generated_enums.h"
 SOURCE = "enums.cpp"
@@ -71,7 +72,8 @@ Table& table() {{
 
 PyObject* build() {{
     Table& t = table();
-    return build_int_enum({{{c_string(enum['name'])}, {c_string(enum['qualified_name'])}, kNames, kCount}},
+    return build_int_enum({{{c_string(enum['name'])}, {c_string(enum['qualified_name'])}, kNames, kCount,
+                           {c_string(doc_text.enum_doc(enum))}}},
                           t.header, t.entries);
 }}
 

@@ -13,6 +13,7 @@ import api_model  # noqa: E402
 import generic_emitter  # noqa: E402
 import managed_emitter  # noqa: E402
 import native_emitter  # noqa: E402
+import stub_emitter  # noqa: E402
 
 
 def main():
@@ -25,6 +26,7 @@ def main():
     managed_emitter.emit_managed(model, os.path.join(args.out, "managed"))
     generic_emitter.write_all(generic_emitter.emit_native(model, os.path.join(args.out, "native")))
     generic_emitter.write_all(generic_emitter.emit_managed(model, os.path.join(args.out, "managed")))
+    generic_emitter.write_all(stub_emitter.emit_stubs(model, os.path.join(args.out, "stubs")))
     print(f"generated {len(native)} native files from {len(model.classes)} classes into {args.out}")
 
 

@@ -8,6 +8,7 @@ their fixed orders.
 """
 import os
 
+import doc_text
 import enum_emitter
 from native_forms import Forms, ResultForm, ident, LIST_ELEMENTS, LIST_ELEMENT_RESULTS
 
@@ -38,6 +39,7 @@ class ClassEmitter:
         self.id = ident(cls["name"])
         self.entries = cls["entries"]
         self.lines = []
+        self.names = doc_text.TypeNames(model, cls["module"])
 
     # --- helpers -------------------------------------------------------------------------------
     def out(self, text=""):
@@ -323,12 +325,13 @@ class ClassEmitter:
                 inf = f"m_{name}_instance"
                 self.out_method_row_funcs(sf, static_trials, True)
                 iflags = self.emit_method_function(inf, instance_trials, False)
-                mixed.append((name, sf, inf, iflags))
+                mixed.append((name, sf, inf, iflags, method))
                 continue
             static = method["form"] == "static"
             fname = f"m_{name}"
             flags = self.emit_method_function(fname, method["trials"], static)
-            rows.append(f'{{{c_string(name)}, reinterpret_cast<PyCFunction>({fname}), {flags}, nullptr}}')
+            doc = doc_text.c_literal(doc_text.method_doc(self.names, self.cls, method))
+            rows.append(f'{{{c_string(name)}, reinterpret_cast<PyCFunction>({fname}), {flags}, {doc}}}')
         if self.cls.get("context_manager"):
             rows.insert(0, "WRAPPER_CONTEXT_METHODS")
         self.out(f"PyMethodDef g_methods[] = {{")
@@ -378,7 +381,8 @@ class ClassEmitter:
                 self.out("    return PyErr_Occurred() ? -1 : 0;")
                 self.out("}")
                 self.out()
-            rows.append(f"{{{c_string(name)}, {getter}, {setter}, nullptr, nullptr}}")
+            doc = doc_text.c_literal(doc_text.attribute_doc(self.names, self.cls, a))
+            rows.append(f"{{{c_string(name)}, {getter}, {setter}, {doc}, nullptr}}")
         if (self.cls.get("collection") or {}).get("attribute"):
             attribute = self.cls["collection"]["attribute"]
             rows.append(f"{{{c_string(attribute)}, collection_length_attr, nullptr, nullptr, nullptr}}")
@@ -403,7 +407,8 @@ class ClassEmitter:
                 self.out(line)
             self.out("}")
             self.out()
-            rows.append(f"{{{c_string(ca['name'])}, {fname}, nullptr, nullptr, nullptr}}")
+            doc = doc_text.c_literal(doc_text.class_attribute_doc(self.names, self.cls, ca))
+            rows.append(f"{{{c_string(ca['name'])}, {fname}, nullptr, {doc}, nullptr}}")
         self.has_class_attribute_rows = bool(rows)
         if rows:
             self.out("PyGetSetDef g_class_attributes[] = {")
@@ -411,11 +416,13 @@ class ClassEmitter:
                 self.out(f"    {row},")
             self.out("    {nullptr, nullptr, nullptr, nullptr, nullptr}};")
             self.out()
-        for name, sf, inf, iflags in self.mixed:
+        for name, sf, inf, iflags, method in self.mixed:
+            static_doc, instance_doc = (doc_text.c_literal(doc_text.method_doc(self.names, self.cls, method, s))
+                                        for s in (True, False))
             self.out(f"PyMethodDef g_mixed_{name}[] = {{")
             self.out(f"    {{{c_string(name)}, reinterpret_cast<PyCFunction>({sf}), "
-                     f"METH_VARARGS | METH_KEYWORDS | METH_STATIC, nullptr}},")
-            self.out(f"    {{{c_string(name)}, reinterpret_cast<PyCFunction>({inf}), {iflags}, nullptr}}}};")
+                     f"METH_VARARGS | METH_KEYWORDS | METH_STATIC, {static_doc}}},")
+            self.out(f"    {{{c_string(name)}, reinterpret_cast<PyCFunction>({inf}), {iflags}, {instance_doc}}}}};")
             self.out()
         return bool(rows) or bool(self.mixed)
 
@@ -426,7 +433,7 @@ class ClassEmitter:
         if self.has_class_attribute_rows:
             self.out("    for (PyGetSetDef* row = g_class_attributes; row->name; ++row)")
             self.out("        if (install_class_attribute(type, row->name, make_field_descriptor(type, row)) < 0) return -1;")
-        for name, _, _, _ in self.mixed:
+        for name, *_ in self.mixed:
             self.out(f"    if (install_class_attribute(type, {c_string(name)}, "
                      f"make_mix_descriptor(type, &g_mixed_{name}[0], &g_mixed_{name}[1])) < 0) return -1;")
         self.out("    return 0;")
@@ -464,6 +471,7 @@ class ClassEmitter:
         self.out(f"PyTypeObject {self.id}_Type = [] {{")
         self.out("    PyTypeObject t = {PyVarObject_HEAD_INIT(nullptr, 0)};")
         self.out(f"    t.tp_name = {c_string(qualified)};")
+        self.out(f"    t.tp_doc = {doc_text.c_literal(doc_text.constructor_doc(self.names, self.cls))};")
         self.out("    t.tp_basicsize = sizeof(WrapperObject);")
         self.out(f"    t.tp_dealloc = {family}_dealloc;")
         self.out(f"    t.tp_repr = {family}_repr;")

@@ -2,6 +2,7 @@
 # Installs the Debian packages the build, the tests and the demo need; skips apt when all are present.
 set -euo pipefail
 packages=(cmake g++ make python3 python3-dev python3-pytest python3-pil python3-numpy
+          python3-venv python3-pip python3-setuptools python3-wheel python3-mypy
           libgdiplus libfontconfig1 fonts-dejavu-core libgtest-dev)
 missing=()
 for p in "${packages[@]}"; do

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Lays out the importable package tree build/python/orvane from the native and managed build outputs:
 #   orvane/{__init__,pyio}.py, the extension modules, runtime/netcoreX.Y/ (loader library and a link to
-#   the runtime's libcoreclr.so) and assemblies/pyfigura/ (interop assembly and its dependencies).
+#   the runtime's libcoreclr.so), assemblies/pyfigura/ (interop assembly and its dependencies) and the
+#   typing stubs pyfigura/*.pyi with the py.typed marker.
 set -euo pipefail
 build=${1:-build}
 PY=${PY:-/usr/bin/python3}
@@ -24,4 +25,6 @@ cp "$build/native/pyfigura$ext" "$build/native/pygc$ext" "$pkg/"
 cp "$build/native/orvane.embed.coreclrwrap.so" "$pkg/runtime/netcore$major.$minor/"
 ln -s "$framework_dir/libcoreclr.so" "$pkg/runtime/netcore$major.$minor/libcoreclr.so"
 cp -r "$build/managed/pyfigura" "$pkg/assemblies/pyfigura"
+cp -r "$build/gen/stubs/orvane/pyfigura" "$pkg/pyfigura"
+touch "$pkg/py.typed"
 echo "package tree: $pkg (runtime $version)"

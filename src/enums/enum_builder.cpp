@@ -47,5 +47,10 @@ PyObject* build_int_enum(const EnumDescription& d, const ClassEntryTableHeader& 
     Py_XDECREF(name);
     Py_DECREF(members);
     Py_DECREF(int_enum);
+    if (result != nullptr && d.doc != nullptr) {
+        PyObject* doc = PyUnicode_FromString(d.doc);
+        if (doc == nullptr || PyObject_SetAttrString(result, "__doc__", doc) < 0) Py_CLEAR(result);
+        Py_XDECREF(doc);
+    }
     return result;
 }

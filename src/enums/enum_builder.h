@@ -13,6 +13,7 @@ struct EnumDescription {
     const char* full_name;   // qualified name used in messages ("orvane.pyfigura.ContentAlignment")
     const char* const* member_names;
     size_t member_count;
+    const char* doc;         // __doc__ of the enumeration, naming the managed type
 };
 
 // New reference to IntEnum(short_name, ((name, value), ...)), every value read through its accessor

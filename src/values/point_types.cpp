@@ -6,8 +6,8 @@ namespace {
 bool same_point(const PointValue& a, const PointValue& b) { return a.x == b.x && a.y == b.y; }
 bool same_point_f(const PointFValue& a, const PointFValue& b) { return a.x == b.x && a.y == b.y; }
 
-// Positional arguments only: (), (int) for both fields, (Size), (x, y).
-int point_init(PyObject* self, PyObject* args, PyObject*) {
+// Positional forms: (), (int) for both fields, (Size), (x, y); x and y may come as keywords.
+int point_positional(PyObject* self, PyObject* args, PyObject*) {
     PointValue& p = record_of<PointValue>(self);
     Py_ssize_t given = PyTuple_GET_SIZE(args);
     if (given == 0) return 0;
@@ -29,12 +29,36 @@ int point_init(PyObject* self, PyObject* args, PyObject*) {
     return raise_got_type("integer or \"Size\" is required (got type '%s')", arg);
 }
 
-int point_f_init(PyObject* self, PyObject* args, PyObject*) {
+int point_f_positional(PyObject* self, PyObject* args, PyObject*) {
     PointFValue& p = record_of<PointFValue>(self);
     Py_ssize_t given = PyTuple_GET_SIZE(args);
     if (given == 0) return 0;
     if (given == 2) return PyArg_ParseTuple(args, "dd", &p.x, &p.y) ? 0 : -1;
     return raise_count_error("0 or 2 arguments is required (%i given)", given);
+}
+
+
+constexpr const char* kPointFields0[] = {"x", "y"};
+constexpr FieldForm kPointForms[] = {{kPointFields0, 2}};
+
+PyObject* point_repr(PyObject* self) {
+    const PointValue& r = record_of<PointValue>(self);
+    return call_repr("Point", {PyLong_FromLong(r.x), PyLong_FromLong(r.y)});
+}
+
+constexpr const char* kPointFFields0[] = {"x", "y"};
+constexpr FieldForm kPointFForms[] = {{kPointFFields0, 2}};
+
+PyObject* point_f_repr(PyObject* self) {
+    const PointFValue& r = record_of<PointFValue>(self);
+    return call_repr("PointF", {PyFloat_FromDouble(r.x), PyFloat_FromDouble(r.y)});
+}
+
+int point_init(PyObject* self, PyObject* args, PyObject* kwargs) {
+    return init_with_field_keywords<kPointForms, 1, point_positional>(self, args, kwargs);
+}
+int point_f_init(PyObject* self, PyObject* args, PyObject* kwargs) {
+    return init_with_field_keywords<kPointFForms, 1, point_f_positional>(self, args, kwargs);
 }
 
 PyObject* point_new(PyTypeObject* type, PyObject*, PyObject*) { return gated_value_new(type, Point_status()); }
@@ -43,10 +67,10 @@ PyObject* point_f_new(PyTypeObject* type, PyObject*, PyObject*) { return gated_v
 }  // namespace
 
 PyTypeObject Point_Type = value_type("orvane.pyfigura.Point", sizeof(ValueObject<PointValue>), point_init, point_new,
-                                     compare_values<PointValue, same_point>, Point_methods, Point_getset);
+                                     compare_values<PointValue, same_point>, Point_methods, Point_getset, Point_doc, point_repr);
 PyTypeObject PointF_Type =
     value_type("orvane.pyfigura.PointF", sizeof(ValueObject<PointFValue>), point_f_init, point_f_new,
-               compare_values<PointFValue, same_point_f>, PointF_methods, PointF_getset);
+               compare_values<PointFValue, same_point_f>, PointF_methods, PointF_getset, PointF_doc, point_f_repr);
 
 PyObject* Point_empty(PyObject*, PyObject*) { return PyType_GenericNew(&Point_Type, nullptr, nullptr); }
 PyObject* PointF_empty(PyObject*, PyObject*) { return PyType_GenericNew(&PointF_Type, nullptr, nullptr); }

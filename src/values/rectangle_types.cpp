@@ -15,8 +15,8 @@ int raise_pair_types(const char* format, PyObject* first, PyObject* second) {
     return -1;
 }
 
-// Positional arguments only: (), (Point, Size), (x, y, width, height).
-int rectangle_init(PyObject* self, PyObject* args, PyObject*) {
+// Positional forms: (), (Point, Size), (x, y, width, height); the four fields may come as keywords.
+int rectangle_positional(PyObject* self, PyObject* args, PyObject*) {
     RectangleValue& r = record_of<RectangleValue>(self);
     Py_ssize_t given = PyTuple_GET_SIZE(args);
     if (given == 0) return 0;
@@ -33,7 +33,7 @@ int rectangle_init(PyObject* self, PyObject* args, PyObject*) {
     return 0;
 }
 
-int rectangle_f_init(PyObject* self, PyObject* args, PyObject*) {
+int rectangle_f_positional(PyObject* self, PyObject* args, PyObject*) {
     RectangleFValue& r = record_of<RectangleFValue>(self);
     Py_ssize_t given = PyTuple_GET_SIZE(args);
     if (given == 0) return 0;
@@ -49,6 +49,30 @@ int rectangle_f_init(PyObject* self, PyObject* args, PyObject*) {
     r.width = record_of<SizeFValue>(size).width;
     r.height = record_of<SizeFValue>(size).height;
     return 0;
+}
+
+
+constexpr const char* kRectangleFields0[] = {"x", "y", "width", "height"};
+constexpr FieldForm kRectangleForms[] = {{kRectangleFields0, 4}};
+
+PyObject* rectangle_repr(PyObject* self) {
+    const RectangleValue& r = record_of<RectangleValue>(self);
+    return call_repr("Rectangle", {PyLong_FromLong(r.x), PyLong_FromLong(r.y), PyLong_FromLong(r.width), PyLong_FromLong(r.height)});
+}
+
+constexpr const char* kRectangleFFields0[] = {"x", "y", "width", "height"};
+constexpr FieldForm kRectangleFForms[] = {{kRectangleFFields0, 4}};
+
+PyObject* rectangle_f_repr(PyObject* self) {
+    const RectangleFValue& r = record_of<RectangleFValue>(self);
+    return call_repr("RectangleF", {PyFloat_FromDouble(r.x), PyFloat_FromDouble(r.y), PyFloat_FromDouble(r.width), PyFloat_FromDouble(r.height)});
+}
+
+int rectangle_init(PyObject* self, PyObject* args, PyObject* kwargs) {
+    return init_with_field_keywords<kRectangleForms, 1, rectangle_positional>(self, args, kwargs);
+}
+int rectangle_f_init(PyObject* self, PyObject* args, PyObject* kwargs) {
+    return init_with_field_keywords<kRectangleFForms, 1, rectangle_f_positional>(self, args, kwargs);
 }
 
 PyObject* rectangle_new(PyTypeObject* type, PyObject*, PyObject*) { return gated_value_new(type, Rectangle_status()); }
@@ -76,10 +100,10 @@ int32_t wrapping_sum(int32_t a, int32_t b) {
 
 PyTypeObject Rectangle_Type =
     value_type("orvane.pyfigura.Rectangle", sizeof(ValueObject<RectangleValue>), rectangle_init, rectangle_new,
-               compare_values<RectangleValue, same_rectangle>, Rectangle_methods, Rectangle_getset);
+               compare_values<RectangleValue, same_rectangle>, Rectangle_methods, Rectangle_getset, Rectangle_doc, rectangle_repr);
 PyTypeObject RectangleF_Type =
     value_type("orvane.pyfigura.RectangleF", sizeof(ValueObject<RectangleFValue>), rectangle_f_init, rectangle_f_new,
-               compare_values<RectangleFValue, same_rectangle_f>, RectangleF_methods, RectangleF_getset);
+               compare_values<RectangleFValue, same_rectangle_f>, RectangleF_methods, RectangleF_getset, RectangleF_doc, rectangle_f_repr);
 
 PyObject* Rectangle_empty(PyObject*, PyObject*) { return PyType_GenericNew(&Rectangle_Type, nullptr, nullptr); }
 PyObject* RectangleF_empty(PyObject*, PyObject*) { return PyType_GenericNew(&RectangleF_Type, nullptr, nullptr); }

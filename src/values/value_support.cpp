@@ -64,7 +64,7 @@ PyObject* gated_value_new(PyTypeObject* type, const TypeInitStatus& status) {
 }
 
 PyTypeObject value_type(const char* name, Py_ssize_t size, initproc init, newfunc make, richcmpfunc compare,
-                        PyMethodDef* methods, PyGetSetDef* getset) {
+                        PyMethodDef* methods, PyGetSetDef* getset, const char* doc, reprfunc repr) {
     PyTypeObject t = {PyVarObject_HEAD_INIT(nullptr, 0)};
     t.tp_name = name;
     t.tp_basicsize = size;
@@ -72,7 +72,27 @@ PyTypeObject value_type(const char* name, Py_ssize_t size, initproc init, newfun
     t.tp_richcompare = compare;
     t.tp_methods = methods;
     t.tp_getset = getset;
+    t.tp_doc = doc;
+    t.tp_repr = repr;
     t.tp_init = init;
     t.tp_new = make;
     return t;
+}
+
+PyObject* call_repr(const char* name, std::initializer_list<PyObject*> values) {
+    PyObject* parts = PyList_New(0);
+    bool failed = parts == nullptr;
+    for (PyObject* value : values) {
+        PyObject* text = failed || value == nullptr ? nullptr : PyObject_Repr(value);
+        failed = failed || text == nullptr || PyList_Append(parts, text) < 0;
+        Py_XDECREF(text);
+        Py_XDECREF(value);
+    }
+    PyObject* separator = failed ? nullptr : PyUnicode_FromString(", ");
+    PyObject* joined = separator ? PyUnicode_Join(separator, parts) : nullptr;
+    PyObject* result = joined ? PyUnicode_FromFormat("%s(%U)", name, joined) : nullptr;
+    Py_XDECREF(joined);
+    Py_XDECREF(separator);
+    Py_XDECREF(parts);
+    return result;
 }

@@ -6,9 +6,11 @@
 #include <Python.h>
 
 #include <cstdint>
+#include <initializer_list>
 
 #include "bridge/class_binding.h"
 #include "module/module_contents.h"
+#include "values/field_keywords.h"
 #include "values/value_records.h"
 
 // Object header, then the record; no dictionary, no weak references, no collector support.
@@ -36,7 +38,8 @@ inline Record& record_of(PyObject* object) {
     extern ValueCapsule X##_capsule_slot;              \
     const TypeInitStatus& X##_status();                \
     extern PyMethodDef X##_methods[];                  \
-    extern PyGetSetDef X##_getset[];
+    extern PyGetSetDef X##_getset[];                 \
+    extern const char* const X##_doc;
 
 DECLARE_VALUE_TYPE(Point)
 DECLARE_VALUE_TYPE(PointF)
@@ -68,7 +71,10 @@ int read_int_argument(PyObject* value, int32_t* out);          // PyLong_AsLong 
 
 // A static value type: default flags only (not subclassable), no hash slot (so unhashable), default repr.
 PyTypeObject value_type(const char* name, Py_ssize_t size, initproc init, newfunc make, richcmpfunc compare,
-                        PyMethodDef* methods, PyGetSetDef* getset);
+                        PyMethodDef* methods, PyGetSetDef* getset, const char* doc, reprfunc repr);
+
+// "Name(v1, v2, ...)" from the reprs of the given new references (stolen, nulls allowed after a failure).
+PyObject* call_repr(const char* name, std::initializer_list<PyObject*> values);
 
 // tp_new of every value type: the class's status gate, then zeros.
 PyObject* gated_value_new(PyTypeObject* type, const TypeInitStatus& status);
