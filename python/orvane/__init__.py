@@ -15,6 +15,7 @@ _RUNTIME_LIBRARY = "libcoreclr.so"
 _INTEROP_ASSEMBLY = "WrpInterop.Orvane.PyFigura.dll"
 
 _here = os.path.dirname(os.path.abspath(__file__))
+_runtime_problem = None  # why an installed package could not reach a .NET runtime, if it could not
 for _variable, _default in ((_RUNTIME_VARIABLE, "runtime"), (_ASSEMBLY_VARIABLE, "assemblies")):
     if not os.environ.get(_variable):
         os.environ[_variable] = os.path.join(_here, _default)
@@ -42,6 +43,8 @@ def _runtime_directories(root):
 
 def _layout_problems():
     """What is missing for the host to start, as a list of sentences (empty when all is there)."""
+    if _runtime_problem:
+        return [_runtime_problem]
     problems = []
     runtime_root = os.environ.get(_RUNTIME_VARIABLE, "")
     candidates = [d for d in _runtime_directories(runtime_root)
@@ -77,6 +80,28 @@ class _LayoutCheck:
             raise ImportError("cannot load orvane.pyfigura: " + "; ".join(problems), name=fullname)
         return None
 
+
+def _use_installed_runtime():
+    """An installed package ships the loader library without the runtime: link it to the machine's.
+
+    The loader expects libcoreclr.so beside it, so a directory of two links (kept in the user's cache,
+    as site-packages may be read-only) joins the packaged loader to the installed runtime.
+    """
+    global _runtime_problem
+    own = os.path.join(_here, "runtime")
+    if os.environ[_RUNTIME_VARIABLE] != own:
+        return  # the environment chose the runtime
+    directories = _runtime_directories(own)
+    if not directories or os.path.isfile(os.path.join(directories[0], _RUNTIME_LIBRARY)):
+        return  # a build tree, or no loader at all (reported by the layout check)
+    from orvane import _dotnet
+    try:
+        os.environ[_RUNTIME_VARIABLE] = _dotnet.linked_runtime(directories[0], _LOADER_LIBRARY, _RUNTIME_LIBRARY)
+    except _dotnet.RuntimeMissing as missing:
+        _runtime_problem = str(missing)
+
+
+_use_installed_runtime()
 
 if not any(isinstance(f, _LayoutCheck) for f in sys.meta_path):
     sys.meta_path.insert(0, _LayoutCheck())
