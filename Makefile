@@ -6,7 +6,7 @@ JOBS    ?= $(shell nproc)
 DOTNET  ?= dotnet
 MANAGED := managed/WrpInterop.Orvane.PyFigura.csproj
 
-.PHONY: all deps generate native managed test-assets layout test test-python test-native demo bench clean
+.PHONY: all deps generate native managed test-assets layout test test-python test-native demo bench typecheck clean
 
 all: layout
 
@@ -51,6 +51,10 @@ test-python:
 demo: deps all
 	PYTHONPATH=$(BUILD)/python $(PY) examples/demo.py
 	PYTHONPATH=$(BUILD)/python $(PY) examples/gallery/shapes_and_text.py
+
+# The examples against the generated stubs.
+typecheck: layout
+	MYPYPATH=$(BUILD)/python $(PY) -m mypy --cache-dir $(BUILD)/mypy-cache examples
 
 bench: all test-assets
 	$(DOTNET) build bench/csharp/ManagedCallBench.csproj -c Release -o $(BUILD)/bench/csharp --nologo -v quiet

@@ -6,17 +6,14 @@ import os
 import sys
 
 import orvane.pyfigura as fig
-from orvane.pyfigura import Bitmap, Brushes, Font, FontFamily, Graphics, Pens
-
-SMOOTHING_ANTI_ALIAS = 4  # SmoothingMode.AntiAlias
-TEXT_ANTI_ALIAS = 4       # TextRenderingHint.AntiAlias
+from orvane.pyfigura import Bitmap, Brushes, Font, FontFamily, Graphics, Pens, drawing2d, text
 
 
 def draw(path):
     bitmap = Bitmap(640, 360)
     with Graphics.from_image(bitmap) as g:
-        g.smoothing_mode = SMOOTHING_ANTI_ALIAS
-        g.text_rendering_hint = TEXT_ANTI_ALIAS
+        g.smoothing_mode = drawing2d.SmoothingMode.ANTI_ALIAS
+        g.text_rendering_hint = text.TextRenderingHint.ANTI_ALIAS
         g.fill_rectangle(Brushes.white, 0, 0, 640, 360)
         g.fill_rectangle(Brushes.alice_blue, 20, 20, 600, 320)
         g.draw_rectangle(Pens.steel_blue, 20.0, 20.0, 600.0, 320.0)
