@@ -108,10 +108,10 @@ def method_doc(names, owner, method, static=None):
         line = overload_line(names, method["name"], t["params"], names.result(t.get("result"), t.get("result_clr")))
         lines.append(f"{line}  [{managed_member(owner, t, method['name'])}]")
     head = signature_header(method["name"], trials[0]["params"], is_static) if len(trials) == 1 else ""
-    kind = "static method" if is_static else "method"
+    kind = "Static method" if is_static else "Method"
     if len(trials) > 1:
-        kind += f", {len(trials)} overloads tried in this order"
-    return head + "\n".join(lines) + f"\n\n{kind.capitalize()}; the first overload whose arguments convert is called."
+        kind += f", {len(trials)} overloads tried in this order: the first whose arguments convert is called"
+    return head + "\n".join(lines) + f"\n\n{kind}."
 
 
 def constructor_doc(names, owner):
