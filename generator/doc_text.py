@@ -165,12 +165,15 @@ def value_doc(value):
     """Docstring of a native value type: its managed type and its constructor forms."""
     name = value["name"]
     forms = value["constructor"]["forms"]
+    field_types = {f["name"]: "float" if f["c_type"] == "double" else "int" for f in value["record"]["fields"]}
     lines = []
     for form in forms:
         if form.get("fields"):
-            args = ", ".join(form["fields"])
+            args = ", ".join(f"{f}: {field_types[f]}" for f in form["fields"])
+        elif form.get("accepts") and form["count"] == 1:
+            args = "value: " + " | ".join(form["accepts"])
         elif form.get("accepts"):
-            args = ", ".join(form["accepts"])
+            args = ", ".join(f"{t.lower()}: {t}" for t in form["accepts"])
         elif form["count"] == 0:
             args = ""
         else:

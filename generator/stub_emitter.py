@@ -151,9 +151,9 @@ class ModuleStub:
                 args = "".join(f", {f}: {fields[f]}" for f in form["fields"])
             elif form.get("accepts"):
                 if form["count"] == 1:
-                    args = f", value: {' | '.join(form['accepts'])}"
+                    args = f", value: {' | '.join(form['accepts'])}, /"
                 else:
-                    args = "".join(f", {t.lower()}: {t}" for t in form["accepts"]) + ", /"
+                    args = "".join(f", {t.lower()}: {t}" for t in form["accepts"]) + ", /"  # positional only
             else:
                 args = ""
             self.out(f"def __init__(self{args}) -> None: ...", 1)
