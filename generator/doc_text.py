@@ -173,7 +173,7 @@ def value_doc(value):
         elif form.get("accepts") and form["count"] == 1:
             args = "value: " + " | ".join(form["accepts"])
         elif form.get("accepts"):
-            args = ", ".join(f"{t.lower()}: {t}" for t in form["accepts"])
+            args = ", ".join(f"{n}: {t}" for n, t in zip(("location", "size"), form["accepts"]))
         elif form["count"] == 0:
             args = ""
         else:

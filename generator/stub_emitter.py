@@ -153,7 +153,8 @@ class ModuleStub:
                 if form["count"] == 1:
                     args = f", value: {' | '.join(form['accepts'])}, /"
                 else:
-                    args = "".join(f", {t.lower()}: {t}" for t in form["accepts"]) + ", /"  # positional only
+                    pairs = zip(("location", "size"), form["accepts"])
+                    args = "".join(f", {n}: {t}" for n, t in pairs) + ", /"  # positional only
             else:
                 args = ""
             self.out(f"def __init__(self{args}) -> None: ...", 1)
