@@ -16,7 +16,7 @@ HOT_ENTRY = "[MethodImpl(MethodImplOptions.AggressiveOptimization)]"
 PRECONDITIONS = {
     "display": "Preconditions.RequireDisplay();",
     "same_graphics": "Preconditions.RequireSameGraphics(" + "__self" + ", {0});",
-    "argument": "Preconditions.RequireArgument({0}, nameof({0}));",
+    "path_unless_empty": "Preconditions.RequirePathUnlessEmpty(" + "__self" + ", {0}, nameof({0}));",
 }
 
 # What a trial's "postcondition" records after the call, for a later precondition to check.

@@ -17,10 +17,14 @@ namespace Orvane.WrpGen.Interop
                 throw new PlatformNotSupportedException("copying from the screen needs an X display, and DISPLAY is not set");
         }
 
-        /// <summary>Refuses a null object argument that the native library would dereference.</summary>
-        public static void RequireArgument(IntPtr handle, string name)
+        /// <summary>
+        /// Refuses a null path for an iterator that has points to copy into it: the native library
+        /// returns 0 for an empty iterator before it looks at the path, as System.Drawing does.
+        /// </summary>
+        public static void RequirePathUnlessEmpty(IntPtr iterator, IntPtr path, string name)
         {
-            if (handle == IntPtr.Zero) throw new ArgumentNullException(name);
+            if (path == IntPtr.Zero && InstanceHandles.Get<System.Drawing.Drawing2D.GraphicsPathIterator>(iterator).Count != 0)
+                throw new ArgumentNullException(name);
         }
 
         // Saved states and containers know the Graphics that made them: libgdiplus crashes when one is

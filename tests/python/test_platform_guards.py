@@ -54,3 +54,6 @@ def test_null_arguments_the_native_library_would_dereference_are_refused():
             texts.append(str(e))
     assert texts == ["Proxy error(System.ArgumentNullException): Value cannot be null. (Parameter 'path')"] * 2 + \
                     ["Proxy error(System.ArgumentNullException): Value cannot be null. (Parameter 'stream')"] * 2
+    # An empty iterator answers 0 before it would look at the path, as System.Drawing does.
+    empty = f.drawing2d.GraphicsPathIterator(f.drawing2d.GraphicsPath())
+    assert (empty.next_marker(None), empty.next_subpath(None, [])) == (0, 0)
