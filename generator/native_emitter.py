@@ -83,7 +83,7 @@ class ClassEmitter:
                 wire_args.append(f"&{name}_out")
                 lists.append((name, result))
                 continue
-            form = self.forms.param(p["type"], p.get("clr"))
+            form = self.forms.param(p["type"], p.get("clr"), path=p.get("path", False))
             if form.kind == "lease":
                 # The guard releases the lease when the trial ends, whatever happened in it.
                 locals_.append(f"BufferLeaseGuard {name};")
@@ -365,7 +365,7 @@ class ClassEmitter:
             if a.get("setter"):
                 setter = f"set_{name}"
                 spelling = self.forms.setter_spelling(a)
-                form = self.forms.param(spelling)
+                form = self.forms.param(spelling, path=a.get("path", False))
                 self.out(f"int {setter}(PyObject* self, PyObject* value, void*) {{")
                 self.out("    if (value == nullptr) return refuse_attribute_delete();")
                 if form.kind == "lease":

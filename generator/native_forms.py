@@ -80,13 +80,13 @@ class Forms:
     def __init__(self, model):
         self.model = model
 
-    def param(self, spelling, clr=None):
+    def param(self, spelling, clr=None, path=False):
         m = self.model
         if spelling in SCALAR_PARAMS:
             c_type, conv = SCALAR_PARAMS[spelling]
             return ParamForm(c_type, conv)
         if spelling == "String":
-            return ParamForm("StringArg", "convert_string", True, "{-1, 0, nullptr}")
+            return ParamForm("StringArg", "convert_path" if path else "convert_string", True, "{-1, 0, nullptr}")
         if spelling == "byte[]":
             return ParamForm("BufferLease", "convert_byte_array", False, kind="lease")
         if spelling == "Guid":

@@ -4,6 +4,11 @@
 void keep_trial_error(PyObject** slot) {
     PyObject *type, *value, *traceback;
     PyErr_Fetch(&type, &value, &traceback);
+    // A value of the right type that can't cross (a lone surrogate, a NUL in a file name) is kept as
+    // its exception, so that it can be raised as itself if no trial matches.
+    if (type != nullptr && PyErr_GivenExceptionMatches(type, PyExc_ValueError)) {
+        PyErr_NormalizeException(&type, &value, &traceback);
+    }
     // Kept as raised (usually the message itself): turned into text only if every trial fails.
     *slot = value;
     Py_XDECREF(type);
@@ -15,6 +20,16 @@ void drop_trial_errors(PyObject** slots, size_t count) {
 }
 
 void raise_trial_errors(PyObject** slots, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        if (slots[i] != nullptr && PyObject_TypeCheck(slots[i], reinterpret_cast<PyTypeObject*>(PyExc_ValueError))) {
+            PyObject* error = slots[i];
+            slots[i] = nullptr;
+            drop_trial_errors(slots, count);
+            PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(error)), error);
+            Py_DECREF(error);
+            return;
+        }
+    }
     PyObject* list = PyList_New(static_cast<Py_ssize_t>(count));
     if (list == nullptr) {
         drop_trial_errors(slots, count);

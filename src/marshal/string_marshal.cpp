@@ -22,6 +22,38 @@ namespace {
     return 0;
 }
 
+// A lone surrogate can't become UTF-16: the codec raises UnicodeEncodeError with the position, as
+// str.encode does.
+[[gnu::cold, gnu::noinline]] int fail_unencodable(PyObject* str) {
+    PyObject* encoded = PyUnicode_AsEncodedString(str, "utf-16-le", "strict");
+    if (encoded == nullptr) return 0;
+    Py_DECREF(encoded);
+    PyErr_SetString(PyExc_SystemError, "a surrogate passed the UTF-16 codec");
+    return 0;
+}
+
+[[gnu::cold, gnu::noinline]] int fail_embedded_null() {
+    PyErr_SetString(PyExc_ValueError, "embedded null character");
+    return 0;
+}
+
+// Surrogates can only be stored in the two wider kinds; a str made by Python code holds them only
+// when it was built with surrogateescape, surrogatepass or by hand.
+template <typename Unit>
+bool has_surrogate(const Unit* units, Py_ssize_t count) {
+    Unit found = 0;
+    for (Py_ssize_t i = 0; i < count; ++i) found |= static_cast<Unit>((units[i] & ~Unit{0x7FF}) == Unit{0xD800});
+    return found != 0;
+}
+
+template <typename Unit>
+bool has_null(const Unit* units, Py_ssize_t count) {
+    for (Py_ssize_t i = 0; i < count; ++i) {
+        if (units[i] == 0) return true;
+    }
+    return false;
+}
+
 inline PyObject* decode_utf16(const char16_t* units, int32_t count) {
     // Byte order -1 is little-endian. The empty handler name is deliberate: malformed input then
     // fails with the lookup of that handler rather than with a decode error.
@@ -40,9 +72,15 @@ int expose_string(PyObject* str, StringArg* out) {
     if (kind != PyUnicode_1BYTE_KIND && kind != PyUnicode_2BYTE_KIND && kind != PyUnicode_4BYTE_KIND) {
         return fail_unknown_kind(kind);
     }
+    const void* data = PyUnicode_DATA(str);
+    const Py_ssize_t length = PyUnicode_GET_LENGTH(str);
+    if ((kind == PyUnicode_2BYTE_KIND && has_surrogate(static_cast<const uint16_t*>(data), length)) ||
+        (kind == PyUnicode_4BYTE_KIND && has_surrogate(static_cast<const uint32_t*>(data), length))) {
+        return fail_unencodable(str);
+    }
     out->kind = kind;
-    out->data = PyUnicode_DATA(str);
-    out->length = static_cast<int32_t>(PyUnicode_GET_LENGTH(str));
+    out->data = data;
+    out->length = static_cast<int32_t>(length);
     return 1;
 }
 
@@ -56,6 +94,17 @@ int convert_string(PyObject* object, void* out) {
         return fail_not_a_string(object);
     }
     return expose_string(object, arg);
+}
+
+int convert_path(PyObject* object, void* out) {
+    if (!convert_string(object, out)) return 0;
+    const StringArg* arg = static_cast<const StringArg*>(out);
+    if (arg->length <= 0) return 1;
+    const bool null_inside = arg->kind == PyUnicode_1BYTE_KIND ? has_null(static_cast<const uint8_t*>(arg->data), arg->length)
+                             : arg->kind == PyUnicode_2BYTE_KIND
+                                 ? has_null(static_cast<const uint16_t*>(arg->data), arg->length)
+                                 : has_null(static_cast<const uint32_t*>(arg->data), arg->length);
+    return null_inside ? fail_embedded_null() : 1;
 }
 
 std::u16string* build_u16_string(const char16_t* units, int32_t count) {

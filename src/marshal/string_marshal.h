@@ -21,11 +21,16 @@ inline void reset_string_arg(StringArg* arg) {
     arg->data = nullptr;
 }
 
-// Fills `out` from a str (no type test). Returns 1, or 0 with TypeError set.
+// Fills `out` from a str (no type test). Returns 1, or 0 with TypeError set, or UnicodeEncodeError
+// for a lone surrogate, which has no UTF-16 form.
 int expose_string(PyObject* str, StringArg* out);
 
 // O& converter of a String parameter: None gives length -1, a str (or subclass) is exposed.
 int convert_string(PyObject* object, void* out);
+
+// O& converter of a file name: a String that refuses an embedded NUL with ValueError, as open() does,
+// instead of letting the native side cut the name short.
+int convert_path(PyObject* object, void* out);
 
 // Builders handed to the managed side; plain signatures, nothing thrown.
 std::u16string* build_u16_string(const char16_t* units, int32_t count);

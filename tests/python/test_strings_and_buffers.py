@@ -72,13 +72,31 @@ class TestStringEdges:
             doc.document_name = value
         assert info.value.args == (f"can't build String from '{type(value).__name__}'",)
 
-    def test_lone_surrogate_fails_on_the_way_back(self):
+    @pytest.mark.parametrize("bad", ["a\ud800b", "\U0001F600\udfff"], ids=["ucs2", "ucs4"])
+    def test_lone_surrogate_is_refused_as_python_would(self, bad):
         doc = printing.PrintDocument()
-        doc.document_name = "a\ud800b"  # crosses in, as one 16-bit unit
-        with pytest.raises(LookupError, match="unknown error handler name ''"):
-            doc.document_name
-        doc.document_name = "fine"
-        assert doc.document_name == "fine"
+        calls = [lambda: setattr(doc, "document_name", bad), lambda: f.Font(bad, 9.0),  # setter, one trial
+                 lambda: f.Graphics.from_image(f.Bitmap(2, 2)).draw_string(bad, f.Font("DejaVu Sans", 9.0),
+                                                                          f.Brushes.red, 0.0, 0.0)]  # six trials
+        for call in calls:
+            with pytest.raises(UnicodeEncodeError, match="surrogates not allowed") as info:
+                call()
+            assert info.value.start == next(i for i, c in enumerate(bad) if 0xD800 <= ord(c) <= 0xDFFF)
+        assert doc.document_name == printing.PrintDocument().document_name
+
+    def test_nul_in_a_file_name_is_refused_as_open_does(self, tmp_path):
+        target = str(tmp_path / "a\x00b.png")
+        calls = [lambda: f.Bitmap(2, 2).save(target), lambda: f.Bitmap(target),
+                 lambda: setattr(printing.PrinterSettings(), "print_file_name", target)]
+        for call in calls:
+            with pytest.raises(ValueError, match="^embedded null character$"):
+                call()
+        assert list(tmp_path.iterdir()) == []
+        f.Bitmap(2, 2).save(str(tmp_path / "ok.png"))  # the same converter passes a clean name
+        # A NUL inside text that is not a file name still crosses whole.
+        doc = printing.PrintDocument()
+        doc.document_name = "a\x00b"
+        assert doc.document_name == "a\x00b"
 
     def test_long_string(self):
         long_text = ("\u00e9\U0001F600x" * 20000)
