@@ -290,6 +290,7 @@ class ClassEmitter:
         else:
             self.out(f"PyObject* {fname}(PyObject* self, PyObject* args, PyObject* kwargs) {{")
         self.out("    (void)self;")
+        self.out("    REFUSE_IN_FORKED_CHILD(nullptr);")
         if noargs:
             self.out("    (void)args;")
             self.out("    (void)kwargs;")
@@ -355,6 +356,7 @@ class ClassEmitter:
             name = a["name"]
             getter = f"get_{name}"
             self.out(f"PyObject* {getter}(PyObject* self, void*) {{")
+            self.out("    REFUSE_IN_FORKED_CHILD(nullptr);")
             trial = {"entry": a["getter"], "params": []}
             _, _, lines = self.call_and_wrap(trial, "handle_of(self)", a["type"], a.get("clr"), 4)
             for line in lines:
@@ -368,6 +370,7 @@ class ClassEmitter:
                 form = self.forms.param(spelling, path=a.get("path", False))
                 self.out(f"int {setter}(PyObject* self, PyObject* value, void*) {{")
                 self.out("    if (value == nullptr) return refuse_attribute_delete();")
+                self.out("    REFUSE_IN_FORKED_CHILD(-1);")
                 if form.kind == "lease":
                     self.out("    BufferLeaseGuard v;")
                     self.out(f"    if (!{form.converter}(value, v.lease())) return -1;")

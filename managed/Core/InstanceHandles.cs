@@ -13,6 +13,7 @@ namespace Orvane.WrpGen.Interop
         public static IntPtr Alloc(object value)
         {
             if (value == null) return IntPtr.Zero;
+            if (value is System.Drawing.Image image) NativeMemoryPressure.Track(image);
             Interlocked.Increment(ref s_live);
             return GCHandle.ToIntPtr(GCHandle.Alloc(value));
         }

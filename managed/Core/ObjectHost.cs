@@ -38,7 +38,9 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.DrainIfAny();
-                (InstanceHandles.Get(handle) as IDisposable)?.Dispose();
+                object target = InstanceHandles.Get(handle);
+                (target as IDisposable)?.Dispose();
+                NativeMemoryPressure.Untrack(target);
             }
             catch (Exception e)
             {

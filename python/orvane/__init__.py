@@ -105,3 +105,22 @@ _use_installed_runtime()
 
 if not any(isinstance(f, _LayoutCheck) for f in sys.meta_path):
     sys.meta_path.insert(0, _LayoutCheck())
+
+
+def _collect_managed_too(phase, info):
+    """gc.collect() also runs a full managed collection once orvane.pyfigura is loaded.
+
+    Images that Python dropped without disposing then give their native pixel memory back at once,
+    instead of when the managed collector next decides to run.
+    """
+    if phase != "stop" or info.get("generation") != 2:
+        return
+    module = sys.modules.get(__name__ + ".pyfigura")
+    if module is not None:
+        module._wrpgen._interop._collect_managed()
+
+
+import gc as _gc  # noqa: E402  (already loaded by the interpreter; costs nothing)
+
+if _collect_managed_too not in _gc.callbacks:
+    _gc.callbacks.append(_collect_managed_too)

@@ -1,6 +1,7 @@
 // Init statuses, the construction gate, converters and wrap functions of generated classes.
 #include "bridge/class_binding.h"
 
+#include "bridge/fork_guard.h"
 #include "module/init_failures.h"
 #include "module/interned_names.h"
 
@@ -29,9 +30,13 @@ bool raise_status_error(const TypeInitStatus& status) {
     return false;
 }
 
-bool pass_gate(const TypeInitStatus& status) { return !status.failed || raise_status_error(status); }
+bool pass_gate(const TypeInitStatus& status) {
+    REFUSE_IN_FORKED_CHILD(false);
+    return !status.failed || raise_status_error(status);
+}
 
 PyObject* gated_new(PyTypeObject* type, const TypeInitStatus& status, PyObject* args, PyObject* kwargs) {
+    REFUSE_IN_FORKED_CHILD(nullptr);
     if (status.failed) {
         raise_status_error(status);
         return nullptr;

@@ -7,6 +7,7 @@
 #include <Python.h>
 
 #include "bridge/class_binding.h"
+#include "bridge/fork_guard.h"
 #include "bridge/descriptors.h"
 #include "bridge/overload_trials.h"
 #include "bridge/type_registry.h"

@@ -1,6 +1,7 @@
 // Slot functions shared by all wrapper types: dealloc, hash, repr, equality; recognition of wrappers.
 #include "bridge/wrapper_object.h"
 
+#include "bridge/fork_guard.h"
 #include "module/interned_names.h"
 
 namespace {
@@ -18,7 +19,7 @@ PyObject* repr_through(PyObject* self, int32_t (*to_string)(InstanceHandle, PyOb
     if (had_error) PyErr_Fetch(&saved_type, &saved_value, &saved_tb);
     PyObject* text = nullptr;
     PyObject* result;
-    if (to_string(handle_of(self), &text) == 1) {
+    if (!host::in_forked_child() && to_string(handle_of(self), &text) == 1) {
         result = text;
     } else if (PyErr_Occurred()) {
         result = nullptr;
@@ -34,6 +35,7 @@ PyObject* repr_through(PyObject* self, int32_t (*to_string)(InstanceHandle, PyOb
 PyObject* compare_through(InstanceHandle a, InstanceHandle b, int op,
                           uint8_t (*is_equal)(InstanceHandle, InstanceHandle)) {
     if (op != Py_EQ && op != Py_NE) Py_RETURN_NOTIMPLEMENTED;
+    REFUSE_IN_FORKED_CHILD(nullptr);
     bool equal;
     if (a == b) {
         equal = true;
@@ -49,7 +51,8 @@ PyObject* compare_through(InstanceHandle a, InstanceHandle b, int op,
 
 void class_dealloc(PyObject* self) {
     WrapperObject* w = reinterpret_cast<WrapperObject*>(self);
-    if (w->handle != 0) {
+    // In a forked child the handle belongs to the parent's runtime: the wrapper just goes.
+    if (w->handle != 0 && !host::in_forked_child()) {
         exchange_host().FreeInstance(w->handle);
         w->handle = 0;
     }
@@ -58,15 +61,22 @@ void class_dealloc(PyObject* self) {
 
 void struct_dealloc(PyObject* self) {
     WrapperObject* w = reinterpret_cast<WrapperObject*>(self);
-    if (w->handle != 0) {
+    // In a forked child the handle belongs to the parent's runtime: the wrapper just goes.
+    if (w->handle != 0 && !host::in_forked_child()) {
         exchange_host().FreeStructInstance(w->handle);
         w->handle = 0;
     }
     Py_TYPE(self)->tp_free(self);
 }
 
-Py_hash_t class_hash(PyObject* self) { return finish_hash(object_host().GetHashOfObj(handle_of(self))); }
-Py_hash_t struct_hash(PyObject* self) { return finish_hash(object_host().GetHashOfStc(handle_of(self))); }
+Py_hash_t class_hash(PyObject* self) {
+    REFUSE_IN_FORKED_CHILD(-1);
+    return finish_hash(object_host().GetHashOfObj(handle_of(self)));
+}
+Py_hash_t struct_hash(PyObject* self) {
+    REFUSE_IN_FORKED_CHILD(-1);
+    return finish_hash(object_host().GetHashOfStc(handle_of(self)));
+}
 
 PyObject* class_repr(PyObject* self) { return repr_through(self, object_host().ToStringOfObj); }
 PyObject* struct_repr(PyObject* self) { return repr_through(self, object_host().ToStringOfStc); }
@@ -89,9 +99,14 @@ PyObject* wrapper_enter(PyObject* self, PyObject*) {
 }
 
 PyObject* wrapper_exit(PyObject* self, PyObject*) {
+    REFUSE_IN_FORKED_CHILD(nullptr);
     object_host().Dispose(handle_of(self));
     if (PyErr_Occurred()) return nullptr;
     Py_RETURN_NONE;
+}
+
+PyObject* wrapper_dispose(PyObject* self, PyObject*) {
+    return wrapper_exit(self, nullptr);
 }
 
 bool recognise_by_slot(PyObject* object, int32_t* kind) {

@@ -35,12 +35,18 @@ PyObject* struct_compare(InstanceHandle a, InstanceHandle b, int op);
 // tp_init of every type without a public constructor.
 int no_constructor_init(PyObject* self, PyObject* args, PyObject* kwargs);
 
-// __enter__ / __exit__ over the managed IDisposable.
+// __enter__ / __exit__ and dispose() over the managed IDisposable; dispose() is what leaving a `with`
+// block does, for objects whose lifetime is not one block.
 PyObject* wrapper_enter(PyObject* self, PyObject* unused);
 PyObject* wrapper_exit(PyObject* self, PyObject* args);
-#define WRAPPER_CONTEXT_METHODS                                                      \
-    {"__enter__", (PyCFunction)wrapper_enter, METH_NOARGS, nullptr},                 \
-    {"__exit__", (PyCFunction)wrapper_exit, METH_VARARGS, nullptr}
+PyObject* wrapper_dispose(PyObject* self, PyObject* unused);
+#define WRAPPER_CONTEXT_METHODS                                                                          \
+    {"__enter__", (PyCFunction)wrapper_enter, METH_NOARGS, "__enter__($self, /)\n--\n\nReturns the object itself."}, \
+    {"__exit__", (PyCFunction)wrapper_exit, METH_VARARGS,                                                \
+     "__exit__($self, exc_type, exc_value, traceback, /)\n--\n\nDisposes the managed object (IDisposable.Dispose)."}, \
+    {"dispose", (PyCFunction)wrapper_dispose, METH_NOARGS,                                               \
+     "dispose($self, /)\n--\n\nReleases the managed object's native resources now, as leaving a `with` block does "  \
+     "(IDisposable.Dispose). Calling it again does nothing."}
 
 // Recognition of wrappers: by this module's slot functions, by the host mark of any wrapper type.
 bool recognise_by_slot(PyObject* object, int32_t* kind);

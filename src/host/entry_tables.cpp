@@ -96,6 +96,13 @@ const ObjectHostTable& object_host() {
 void bind_class_entries(ClassEntryTableHeader& header, void** slots, const char* class_name,
                         const char* const* entry_names, size_t count) {
     header.assembly_name = exchange_host().assembly_name;
+    if (host::in_forked_child()) {
+        // Binding makes the runtime write code into pages the parent shares: a table first needed in a
+        // forked child stays unbound (the calls that need it are refused before they run).
+        header.failed = true;
+        header.error_text = "the .NET runtime stays with the parent of a forked process";
+        return;
+    }
     host::HostRuntime& rt = host::host_runtime_instance();
     for (size_t i = 0; i < count; ++i) {
         if (!bind_one(rt, header.assembly_name, class_name, entry_names[i], &slots[i], header.error_text)) {

@@ -2,6 +2,7 @@
 #include "module/module_tree.h"
 
 #include "bridge/type_registry.h"
+#include "interop/managed_collection.h"
 #include "module/init_failures.h"
 #include "module/interned_names.h"
 #include "module/module_contents.h"
@@ -19,7 +20,12 @@ PyModuleDef g_design_def = make_definition("orvane.pyfigura.design");
 PyModuleDef g_printing_def = make_definition("orvane.pyfigura.printing");
 PyModuleDef g_imaging_def = make_definition("orvane.pyfigura.imaging");
 PyModuleDef g_wrpgen_def = make_definition("orvane.pyfigura._wrpgen");
-PyModuleDef g_interop_def = make_definition("orvane.pyfigura._wrpgen._interop");
+PyMethodDef g_interop_functions[] = {MANAGED_COLLECTION_METHODS, {nullptr, nullptr, 0, nullptr}};
+PyModuleDef g_interop_def = [] {
+    PyModuleDef def = make_definition("orvane.pyfigura._wrpgen._interop");
+    def.m_methods = g_interop_functions;
+    return def;
+}();
 PyModuleDef g_generic_def = make_definition("orvane.pyfigura._wrpgen._generic");
 
 PyObject* create_module(PyModuleDef& def) {

@@ -15,6 +15,8 @@ namespace {
 
 HostRuntime* g_runtime = nullptr;  // for the exit step, which takes no argument
 
+void mark_forked_child() { g_forked_child = true; }
+
 void host_bootstrap(HostRuntime& rt, bool debug, const std::string& vendor, const char* runtime_directory,
                     const char* assembly_directory) {
     HOST_TRACE("Initializing .NET Core host...");
@@ -88,6 +90,10 @@ HostRuntime& host_runtime_instance(const char16_t* /*runtime_version*/, bool deb
         static HostRuntime runtime;
         g_runtime = &runtime;
         std::atexit(host_shutdown);
+        platform::on_fork_child(mark_forked_child);
+        // Before the runtime installs its handlers: a forked child goes back to these.
+        static const char* const runtime_libraries[] = {"libcoreclr", "libSystem.Native"};
+        platform::restore_signals_in_fork_child(runtime_libraries, 2);
         return &runtime;
     }();
     HostRuntime& rt = *instance;
@@ -107,9 +113,11 @@ uint32_t bind_managed_entry(HostRuntime& host, const char* assembly_name, const 
     return host.wrap_create_delegate(assembly_name, class_name, method_name, slot);
 }
 
+bool g_forked_child = false;
+
 void host_shutdown() {
     HostRuntime* rt = g_runtime;
-    if (rt == nullptr) return;
+    if (rt == nullptr || g_forked_child) return;
     if (rt->wrap_shutdown != nullptr && rt->domain_initialized) {
         if (rt->wrap_library.holds_handle() && rt->wrap_library.loaded_here()) {
             HOST_TRACE("Shutdowning .NET Core host...");

@@ -39,6 +39,12 @@ uint32_t bind_managed_entry(HostRuntime& host, const char* assembly_name, const 
                             const char* method_name, void** slot);
 
 // Stops the runtime if this module started it; registered at exit by the first instance call.
+// Does nothing in a forked child: the runtime belongs to the parent.
 void host_shutdown();
+
+// True in a process forked from the one that started the runtime. The runtime's threads did not
+// follow the fork and its code pages are shared with the parent, so nothing may enter managed code.
+extern bool g_forked_child;
+inline bool in_forked_child() { return g_forked_child; }
 
 }  // namespace host

@@ -40,6 +40,14 @@ void* load_library(const char* path);
 void free_library(void* handle);
 void* library_symbol(void* handle, const char* name);
 
+// Runs `handler` in the child after fork(); on systems without fork it is never called.
+void on_fork_child(void (*handler)());
+
+// Saves the signal dispositions of now. A child forked later puts back the saved disposition of every
+// signal whose handler then lies in a library whose path contains one of `owners` (the runtime's own
+// handlers report to threads that stayed in the parent). Nothing on systems without fork.
+void restore_signals_in_fork_child(const char* const* owners, size_t count);
+
 // The platform's text for an error code; false when it has none.
 bool error_text(uint32_t code, std::string& text);
 

@@ -4,6 +4,8 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <limits.h>
+#include <pthread.h>
+#include <signal.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -92,6 +94,54 @@ bool error_text(uint32_t code, std::string& text) {
     if (message == nullptr || strncmp(message, "Unknown error", 13) == 0) return false;
     text = message;
     return true;
+}
+
+void on_fork_child(void (*handler)()) { pthread_atfork(nullptr, nullptr, handler); }
+
+namespace {
+
+struct SignalSnapshot {
+    struct sigaction saved[NSIG];
+    bool taken_over[NSIG];
+    const char* const* owners;
+    size_t owner_count;
+};
+SignalSnapshot g_signals;
+
+bool handler_in_owner(const struct sigaction& action) {
+    void* handler = (action.sa_flags & SA_SIGINFO) ? reinterpret_cast<void*>(action.sa_sigaction)
+                                                   : reinterpret_cast<void*>(action.sa_handler);
+    if (handler == reinterpret_cast<void*>(SIG_DFL) || handler == reinterpret_cast<void*>(SIG_IGN)) return false;
+    Dl_info info{};
+    if (dladdr(handler, &info) == 0 || info.dli_fname == nullptr) return false;
+    for (size_t i = 0; i < g_signals.owner_count; ++i) {
+        if (strstr(info.dli_fname, g_signals.owners[i]) != nullptr) return true;
+    }
+    return false;
+}
+
+// In the parent, just before fork: which handlers belong to the owners (dladdr is not safe in the child).
+void mark_taken_over_signals() {
+    for (int sig = 1; sig < NSIG; ++sig) {
+        struct sigaction current {};
+        g_signals.taken_over[sig] = sigaction(sig, nullptr, &current) == 0 && handler_in_owner(current);
+    }
+}
+
+// In the child: only sigaction, which is async-signal-safe.
+void put_back_taken_over_signals() {
+    for (int sig = 1; sig < NSIG; ++sig) {
+        if (g_signals.taken_over[sig]) sigaction(sig, &g_signals.saved[sig], nullptr);
+    }
+}
+
+}  // namespace
+
+void restore_signals_in_fork_child(const char* const* owners, size_t count) {
+    for (int sig = 1; sig < NSIG; ++sig) sigaction(sig, nullptr, &g_signals.saved[sig]);
+    g_signals.owners = owners;
+    g_signals.owner_count = count;
+    pthread_atfork(mark_taken_over_signals, nullptr, put_back_taken_over_signals);
 }
 
 }  // namespace platform
