@@ -4,9 +4,11 @@
 void keep_trial_error(PyObject** slot) {
     PyObject *type, *value, *traceback;
     PyErr_Fetch(&type, &value, &traceback);
-    // A value of the right type that can't cross (a lone surrogate, a NUL in a file name) is kept as
+    // A value of the right type that can't cross (a lone surrogate, a NUL in a file name, nesting too
+    // deep) is kept as
     // its exception, so that it can be raised as itself if no trial matches.
-    if (type != nullptr && PyErr_GivenExceptionMatches(type, PyExc_ValueError)) {
+    if (type != nullptr && (PyErr_GivenExceptionMatches(type, PyExc_ValueError) ||
+                            PyErr_GivenExceptionMatches(type, PyExc_RecursionError))) {
         PyErr_NormalizeException(&type, &value, &traceback);
     }
     // Kept as raised (usually the message itself): turned into text only if every trial fails.
@@ -21,7 +23,8 @@ void drop_trial_errors(PyObject** slots, size_t count) {
 
 void raise_trial_errors(PyObject** slots, size_t count) {
     for (size_t i = 0; i < count; ++i) {
-        if (slots[i] != nullptr && PyObject_TypeCheck(slots[i], reinterpret_cast<PyTypeObject*>(PyExc_ValueError))) {
+        if (slots[i] != nullptr && (PyObject_TypeCheck(slots[i], reinterpret_cast<PyTypeObject*>(PyExc_ValueError)) ||
+                                    PyObject_TypeCheck(slots[i], reinterpret_cast<PyTypeObject*>(PyExc_RecursionError)))) {
             PyObject* error = slots[i];
             slots[i] = nullptr;
             drop_trial_errors(slots, count);

@@ -17,7 +17,7 @@ void keep_trial_error(PyObject** slot);
 void drop_trial_errors(PyObject** slots, size_t count);
 
 // All trials failed: TypeError whose value is the list of the trials' texts; but a trial that failed
-// on a value it could not pass (a ValueError) raises that error instead. Drops the slots.
+// on a value it could not pass (a ValueError or RecursionError) raises that error instead. Drops the slots.
 void raise_trial_errors(PyObject** slots, size_t count);
 
 // Out and ref parameters: a one-element list carries the value both ways.

@@ -41,6 +41,22 @@ int classify_library_value(PyObject* object) {
     return -1;
 }
 
+// The managed side reads a list or tuple recursively, one managed frame per level: nesting deeper than
+// Python itself allows (or a list that contains itself) is refused here, with Python's RecursionError,
+// before it can overflow the managed stack. Only containers are walked; their other items cost a test.
+int check_nesting(PyObject* container) {
+    if (Py_EnterRecursiveCall(" while passing a nested list or tuple to managed code")) return 0;
+    const Py_ssize_t count = PySequence_Fast_GET_SIZE(container);
+    PyObject** items = PySequence_Fast_ITEMS(container);
+    int ok = 1;
+    for (Py_ssize_t i = 0; i < count && ok; ++i) {
+        PyObject* item = items[i];
+        if (PyList_CheckExact(item) || PyTuple_CheckExact(item)) ok = check_nesting(item);
+    }
+    Py_LeaveRecursiveCall();
+    return ok;
+}
+
 }  // namespace
 
 int convert_variant(PyObject* object, void* output) {
@@ -80,11 +96,11 @@ int convert_variant(PyObject* object, void* output) {
     }
     if (PyList_CheckExact(object)) {
         out->code = kVariantList;
-        return 1;
+        return check_nesting(object);
     }
     if (PyTuple_CheckExact(object)) {
         out->code = kVariantTuple;
-        return 1;
+        return check_nesting(object);
     }
     int32_t kind;
     if (recognise_by_slot(object, &kind) || recognise_by_mark(object, &kind)) {

@@ -83,6 +83,7 @@ def test_scripts_cannot_construct():
         f._wrpgen._interop._IDisposableWrapper()
 
 
-def test_methods_are_the_context_pair_only():
+def test_methods_are_the_context_pair_and_dispose():
     t = f._wrpgen._interop._IDisposableWrapper
-    assert [n for n in ("__enter__", "__exit__", "dispose", "close") if n in t.__dict__] == ["__enter__", "__exit__"]
+    assert [n for n in ("__enter__", "__exit__", "dispose", "close") if n in t.__dict__] == \
+        ["__enter__", "__exit__", "dispose"]

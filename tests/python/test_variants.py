@@ -70,6 +70,19 @@ class TestRefusals:
                                                r"TypeError: unknown variant type\n$"):
             bitmap.tag = [1, object()]
 
+    def test_nesting_deeper_than_python_allows_is_a_recursion_error(self, bitmap):
+        looped = []
+        looped.append(looped)
+        deep = [1]
+        for _ in range(20000):
+            deep = [deep]
+        bitmap.tag = "kept"
+        for value in (looped, (1, looped), deep):
+            with pytest.raises(RecursionError, match="while passing a nested list or tuple to managed code"):
+                bitmap.tag = value
+        assert bitmap.tag == "kept"  # nothing crossed
+        bitmap.tag = [1, (2, [3.5, "x"])]  # ordinary nesting still crosses
+
     def test_refused_values_leave_the_tag_as_it_was(self, bitmap):
         bitmap.tag = "kept"
         with pytest.raises(RuntimeError):
