@@ -1,4 +1,6 @@
 // The streams group: each stream operation of managed code as one method call on a Python file object.
+#include <cstring>
+
 #include "interop/buffer_view.h"
 #include "marshal/scalar_marshal.h"
 #include "marshal/stream_marshal.h"
@@ -10,12 +12,18 @@ namespace {
 constexpr const char* kClosedTestFailed = "An error occurred while checking if the stream is closed";
 constexpr const char* kLengthFailed = "While calculating the length of the stream, an error occurred.";
 
-// Calls `file.<name>(view)` over `count` bytes at `data`. The view is dropped after the call: it
-// points at memory that is valid only while the callback runs.
+// Calls `file.<name>(view)` over a copy of `count` bytes at `data`: `data` is valid only while the
+// callback runs, and Python code may keep the view. A readinto's bytes are copied back after the call
+// (as many as it reports, at most `count`); the view then lends nothing more.
 PyObject* call_with_view(PyObject* file, InternedName name, void* data, int32_t count, int readonly) {
-    PyObject* view = new_buffer_view(data, count, readonly);
+    PyObject* view = new_buffer_view(readonly ? data : nullptr, count, readonly);
     if (view == nullptr) return nullptr;
     PyObject* result = PyObject_CallMethodObjArgs(file, interned(name), view, nullptr);
+    const uint8_t* copy = expire_buffer_view(view);
+    if (!readonly && result != nullptr && count > 0) {
+        // Copied whole: the count is read from the result later, and bytes past it are not looked at.
+        std::memcpy(data, copy, static_cast<size_t>(count));
+    }
     Py_DECREF(view);
     return result;
 }

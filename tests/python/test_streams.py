@@ -224,6 +224,33 @@ class TestReferences:
         assert sys.getrefcount(writer) == before
 
 
+    def test_views_kept_past_the_call_hold_a_copy_and_lend_nothing_new(self, png, small_png):
+        class Keeper(io.BytesIO):
+            kept = []
+
+            def readinto(self, b):
+                self.kept.append((b, memoryview(b)))
+                return super().readinto(b)
+
+            def write(self, b):
+                self.kept.append((b, memoryview(b)))
+                return super().write(b)
+
+        for _ in range(200):  # freed native buffers would be reused and overwritten by now
+            f.Bitmap(Keeper(small_png)).save(Keeper(), png)
+        views = Keeper.kept
+        assert len(views) > 400
+        for lent, view in views:
+            if not view.readonly:
+                view[:] = b"\xff" * len(view)  # lands in the kept copy, not in freed memory
+            with pytest.raises(BufferError, match="no longer valid after the call"):
+                memoryview(lent)
+        # The writes reached the files whole: the last saved PNG decodes.
+        out = io.BytesIO()
+        f.Bitmap(Keeper(small_png)).save(out, png)
+        assert PILImage.open(io.BytesIO(out.getvalue())).size == (40, 30)
+
+
 class TestStreamWrapperWithoutStream:
     """What the wrapper decides natively, shown on an empty wrapper: no managed stream is reachable here."""
 
