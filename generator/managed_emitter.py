@@ -243,9 +243,14 @@ class ManagedEmitter:
         lines.append("        " + HOT_ENTRY)
         lines.append("        public static " + ret + " " + name + "(" + ", ".join(wire) + ")")
         lines.append("        {")
+        # System.Drawing hands a stream argument to libgdiplus, which calls it back natively: while
+        # such an entry runs, a failing Python file is marked instead of throwing into native code.
+        lends_stream = any(w.startswith("StreamArg*") for w in wire)
         lines.append("            try")
         lines.append("            {")
         lines.append("                PendingReleases.DrainIfAny();")
+        if lends_stream:
+            lines.append("                StreamCalls.Enter();")
         lines += ["                " + line for line in body]
         lines.append("            }")
         lines.append("            catch (Exception " + ERROR + ")")
@@ -254,6 +259,11 @@ class ManagedEmitter:
         if ret != "void":
             lines.append("                return " + failure + ";")
         lines.append("            }")
+        if lends_stream:
+            lines.append("            finally")
+            lines.append("            {")
+            lines.append("                StreamCalls.Leave();")
+            lines.append("            }")
         lines.append("        }")
         return "\n".join(lines)
 

@@ -10,7 +10,9 @@ namespace Orvane.WrpGen.Interop
         {
             try
             {
-                if (NativeCallbacks.RaiseProxyError == null || exception is PythonErrorPending) return;
+                // After a file failed under System.Drawing, its error is set already and says more than
+                // System.Drawing's own failure that followed.
+                if (NativeCallbacks.RaiseProxyError == null || exception is PythonErrorPending || StreamCalls.Faulted) return;
                 IntPtr type = NativeCallbacks.PyStringQuiet(exception.GetType().FullName);
                 IntPtr message = NativeCallbacks.PyStringQuiet(exception.Message);
                 NativeCallbacks.RaiseProxyError(type, message);

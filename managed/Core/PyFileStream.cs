@@ -1,8 +1,6 @@
 // A managed Stream over a Python file object: each operation is one call through the streams callbacks.
 using System;
-using System.Diagnostics;
 using System.IO;
-using System.Reflection;
 using System.Threading;
 
 namespace Orvane.WrpGen.Interop
@@ -261,6 +259,7 @@ namespace Orvane.WrpGen.Interop
             if (UnderNativeCallback())
             {
                 _faulted = true;
+                StreamCalls.MarkFaulted();
                 return;
             }
             throw PythonException.CatchAndClear();
@@ -273,19 +272,13 @@ namespace Orvane.WrpGen.Interop
             if (!UnderNativeCallback()) throw error;
             ProxyErrors.Report(error);
             _faulted = true;
+            StreamCalls.MarkFaulted();
         }
 
-        /// <summary>True inside one of System.Drawing's stream callbacks, which libgdiplus calls natively.</summary>
-        private static bool UnderNativeCallback()
-        {
-            foreach (StackFrame frame in new StackTrace(false).GetFrames())
-            {
-                MethodBase method = frame.GetMethod();
-                if (method?.DeclaringType?.FullName == "System.Drawing.GdiPlusStreamHelper"
-                    && method.Name.StartsWith("Stream", StringComparison.Ordinal))
-                    return true;
-            }
-            return false;
-        }
+        /// <summary>
+        /// True while an entry that handed a stream to System.Drawing runs on this thread: libgdiplus may
+        /// be calling back, and an exception must not cross into it.
+        /// </summary>
+        private static bool UnderNativeCallback() => StreamCalls.Active;
     }
 }

@@ -159,25 +159,35 @@ class TestCallbackErrors:
             f.Bitmap(4, 4).save(FailingWriter(), png)
         assert f.Bitmap(2, 2).width == 2  # nothing is left pending for the next call
 
-    def test_read_error_in_managed_code_carries_the_python_traceback(self, small_png):
+    def test_read_error_surfaces_as_itself(self, small_png):
+        # Whether System.Drawing reads the file itself (forward-only) or libgdiplus calls back (seekable),
+        # the file's own exception is not thrown through native code and is not lost.
         class FailingReader(RawReader):
             def readinto(self, target):
                 raise OSError("cannot read")
 
-        with pytest.raises(RuntimeError) as caught:
-            f.Bitmap(FailingReader(small_png))
-        text = str(caught.value)
-        assert text.startswith("Proxy error(Orvane.WrpGen.Interop.PythonException): Traceback")
-        assert "in readinto" in text and text.rstrip().endswith("OSError: cannot read")
-
-    def test_read_error_inside_libgdiplus_fails_the_call(self, small_png):
-        # libgdiplus turns the failed read into its own error, which replaces the Python one.
         class FailingSeekableReader(io.BytesIO):
             def readinto(self, target):
                 raise OSError("cannot read")
 
-        with pytest.raises(RuntimeError, match=r"Proxy error\(System\.ArgumentException\)"):
-            f.Bitmap(FailingSeekableReader(small_png))
+        class ThirdSeekFails(io.BytesIO):
+            seeks = 0
+
+            def seek(self, *args):
+                ThirdSeekFails.seeks += 1
+                if ThirdSeekFails.seeks == 3:
+                    raise OSError("third seek")
+                return super().seek(*args)
+
+        tiff = io.BytesIO()
+        f.Bitmap(5, 5).save(tiff, f.imaging.ImageFormat.tiff)
+        for load, text in ((lambda: f.Bitmap(FailingReader(small_png)), "cannot read"),
+                           (lambda: f.Bitmap(FailingSeekableReader(small_png)), "cannot read"),
+                           (lambda: f.Image.from_stream(ThirdSeekFails(tiff.getvalue())), "third seek")):
+            with pytest.raises(OSError, match=f"^{text}$") as caught:
+                load()
+            assert any(entry.name in ("readinto", "seek") for entry in caught.traceback)
+            assert f.Bitmap(2, 2).width == 2  # nothing is left pending for the next call
 
     def test_writer_that_accepts_nothing_fails_the_call(self, png):
         class StuckWriter(io.RawIOBase):
