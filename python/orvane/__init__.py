@@ -121,6 +121,34 @@ def _collect_managed_too(phase, info):
 
 
 import gc as _gc  # noqa: E402  (already loaded by the interpreter; costs nothing)
+import faulthandler as _faulthandler  # noqa: E402  (built in)
 
 if _collect_managed_too not in _gc.callbacks:
     _gc.callbacks.append(_collect_managed_too)
+
+
+def _keep_runtime_fault_handlers(switch):
+    """faulthandler.enable() after the runtime started would put its handler over the runtime's, and
+    every managed null reference (a SIGSEGV the runtime turns into NullReferenceException) would end the
+    process. After each enable or disable the runtime's handlers go back on top; faulthandler's then
+    receive the faults that managed code did not raise, and still report them."""
+    def switched(*args, **kwargs):
+        module = sys.modules.get(__name__ + ".pyfigura")
+        if module is None:
+            return switch(*args, **kwargs)
+        interop = module._wrpgen._interop
+        interop._yield_fault_handlers()
+        try:
+            return switch(*args, **kwargs)
+        finally:
+            interop._reassert_fault_handlers()
+
+    switched.__wrapped__ = switch
+    for attribute in ("__name__", "__qualname__", "__doc__", "__module__"):
+        setattr(switched, attribute, getattr(switch, attribute))
+    return switched
+
+
+if not hasattr(_faulthandler.enable, "__wrapped__"):
+    _faulthandler.enable = _keep_runtime_fault_handlers(_faulthandler.enable)
+    _faulthandler.disable = _keep_runtime_fault_handlers(_faulthandler.disable)

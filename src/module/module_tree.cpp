@@ -3,6 +3,7 @@
 
 #include "bridge/type_registry.h"
 #include "interop/managed_collection.h"
+#include "module/fault_signals.h"
 #include "module/init_failures.h"
 #include "module/interned_names.h"
 #include "module/module_contents.h"
@@ -20,7 +21,7 @@ PyModuleDef g_design_def = make_definition("orvane.pyfigura.design");
 PyModuleDef g_printing_def = make_definition("orvane.pyfigura.printing");
 PyModuleDef g_imaging_def = make_definition("orvane.pyfigura.imaging");
 PyModuleDef g_wrpgen_def = make_definition("orvane.pyfigura._wrpgen");
-PyMethodDef g_interop_functions[] = {MANAGED_COLLECTION_METHODS, {nullptr, nullptr, 0, nullptr}};
+PyMethodDef g_interop_functions[] = {MANAGED_COLLECTION_METHODS, FAULT_SIGNAL_METHODS, {nullptr, nullptr, 0, nullptr}};
 PyModuleDef g_interop_def = [] {
     PyModuleDef def = make_definition("orvane.pyfigura._wrpgen._interop");
     def.m_methods = g_interop_functions;

@@ -94,6 +94,7 @@ HostRuntime& host_runtime_instance(const char16_t* /*runtime_version*/, bool deb
         // Before the runtime installs its handlers: a forked child goes back to these.
         static const char* const runtime_libraries[] = {"libcoreclr", "libSystem.Native"};
         platform::restore_signals_in_fork_child(runtime_libraries, 2);
+        platform::install_fault_forwarder(runtime_libraries, 2);
         return &runtime;
     }();
     HostRuntime& rt = *instance;
@@ -105,6 +106,7 @@ HostRuntime& host_runtime_instance(const char16_t* /*runtime_version*/, bool deb
         create_default_domain(rt);
     else
         rt.domain_initialized = rt.wrap_is_domain_initialized() != 0;
+    platform::record_runtime_fault_handlers();
     return rt;
 }
 
@@ -114,6 +116,9 @@ uint32_t bind_managed_entry(HostRuntime& host, const char* assembly_name, const 
 }
 
 bool g_forked_child = false;
+
+void reassert_fault_handlers() { platform::reassert_runtime_fault_handlers(); }
+void yield_fault_handlers() { platform::yield_runtime_fault_handlers(); }
 
 void host_shutdown() {
     HostRuntime* rt = g_runtime;

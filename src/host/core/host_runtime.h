@@ -45,6 +45,12 @@ void host_shutdown();
 // True in a process forked from the one that started the runtime. The runtime's threads did not
 // follow the fork and its code pages are shared with the parent, so nothing may enter managed code.
 extern bool g_forked_child;
+
+// Puts the runtime's fault handlers back on top of handlers installed after it started, which then
+// receive the faults that managed code did not raise.
+void reassert_fault_handlers();
+// Before handlers are installed on top: they then chain to the forwarder, not to the runtime.
+void yield_fault_handlers();
 inline bool in_forked_child() { return g_forked_child; }
 
 }  // namespace host

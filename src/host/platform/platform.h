@@ -48,6 +48,24 @@ void on_fork_child(void (*handler)());
 // handlers report to threads that stayed in the parent). Nothing on systems without fork.
 void restore_signals_in_fork_child(const char* const* owners, size_t count);
 
+// Fault signals (segmentation, bus error, arithmetic, illegal instruction) shared with the runtime,
+// which turns those raised by managed code into exceptions and passes the others to the handler it
+// found installed. Python's faulthandler, enabled after the runtime started, would sit on top of the
+// runtime's handler and end the process on every managed NullReferenceException.
+//   install_fault_forwarder: before the runtime starts (a runtime whose handlers lie in one of
+//     `owners` already stands: nothing to do); installs the forwarder the runtime will pass native
+//     faults to, which hands them to the handler that was there before (or to one installed later).
+//   record_runtime_fault_handlers: once the runtime started; remembers its handlers.
+//   yield_runtime_fault_handlers: just before someone installs handlers (faulthandler.enable): puts the
+//     forwarder on top, so that the newcomer saves the forwarder, not the runtime, as what it chains
+//     to (the runtime's handler overflows faulthandler's small signal stack).
+//   reassert_runtime_fault_handlers: after that (and after faulthandler.disable): the handlers found on
+//     top become the forwarder's targets and the runtime's go back on top.
+void install_fault_forwarder(const char* const* owners, size_t count);
+void record_runtime_fault_handlers();
+void yield_runtime_fault_handlers();
+void reassert_runtime_fault_handlers();
+
 // The platform's text for an error code; false when it has none.
 bool error_text(uint32_t code, std::string& text);
 

@@ -144,4 +144,103 @@ void restore_signals_in_fork_child(const char* const* owners, size_t count) {
     pthread_atfork(mark_taken_over_signals, nullptr, put_back_taken_over_signals);
 }
 
+namespace {
+
+constexpr int kFaultSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL};
+
+struct FaultState {
+    struct sigaction target[NSIG];    // where the forwarder sends a native fault
+    struct sigaction previous[NSIG];  // the target before the last handler put on top
+    struct sigaction runtime[NSIG];   // the runtime's own handlers
+    volatile sig_atomic_t forwarding[NSIG];
+    bool installed;
+    bool recorded;
+};
+FaultState g_faults;
+
+void* handler_address(const struct sigaction& action) {
+    return (action.sa_flags & SA_SIGINFO) ? reinterpret_cast<void*>(action.sa_sigaction)
+                                          : reinterpret_cast<void*>(action.sa_handler);
+}
+
+bool same_handler(const struct sigaction& a, const struct sigaction& b) {
+    return handler_address(a) == handler_address(b);
+}
+
+// The handler that called us may run with the signal blocked: unblock it, or raise would only queue it.
+void die_by_signal(int sig) {
+    signal(sig, SIG_DFL);
+    sigset_t only;
+    sigemptyset(&only);
+    sigaddset(&only, sig);
+    pthread_sigmask(SIG_UNBLOCK, &only, nullptr);
+    raise(sig);
+}
+
+// Reached only for faults the runtime did not claim. The target becomes the real handler and the fault
+// repeats when this returns, so it runs as the kernel would run it (on its own signal stack, with
+// the fault's own context); calling it from inside the runtime's handler smashes that handler's stack.
+// A second fault while one is forwarded (the target re-raised it, as faulthandler does) ends the
+// process by the signal.
+void forward_fault(int sig, siginfo_t*, void*) {
+    if (g_faults.forwarding[sig]) die_by_signal(sig);
+    g_faults.forwarding[sig] = 1;
+    if (handler_address(g_faults.target[sig]) == reinterpret_cast<void*>(SIG_IGN)) die_by_signal(sig);
+    sigaction(sig, &g_faults.target[sig], nullptr);
+}
+
+}  // namespace
+
+struct sigaction forwarder_action() {
+    struct sigaction forwarder {};
+    forwarder.sa_sigaction = forward_fault;
+    forwarder.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
+    sigemptyset(&forwarder.sa_mask);
+    return forwarder;
+}
+
+void install_fault_forwarder(const char* const* owners, size_t count) {
+    if (g_faults.installed) return;
+    g_faults.installed = true;
+    struct sigaction current {};
+    g_signals.owners = owners;
+    g_signals.owner_count = count;
+    // A runtime that already stands (started by a sister module) keeps its handlers as they are.
+    if (sigaction(SIGSEGV, nullptr, &current) == 0 && handler_in_owner(current)) return;
+    const struct sigaction forwarder = forwarder_action();
+    for (int sig : kFaultSignals) {
+        sigaction(sig, &forwarder, &g_faults.target[sig]);
+        g_faults.previous[sig] = g_faults.target[sig];
+    }
+}
+
+void record_runtime_fault_handlers() {
+    for (int sig : kFaultSignals) sigaction(sig, nullptr, &g_faults.runtime[sig]);
+    g_faults.recorded = true;
+}
+
+void yield_runtime_fault_handlers() {
+    if (!g_faults.recorded || !g_faults.installed) return;
+    const struct sigaction forwarder = forwarder_action();
+    for (int sig : kFaultSignals) sigaction(sig, &forwarder, nullptr);
+}
+
+void reassert_runtime_fault_handlers() {
+    if (!g_faults.recorded) return;
+    for (int sig : kFaultSignals) {
+        struct sigaction current {};
+        if (sigaction(sig, nullptr, &current) != 0) continue;
+        if (same_handler(current, g_faults.runtime[sig]) ||
+            handler_address(current) == reinterpret_cast<void*>(forward_fault)) {
+            // Whoever sat on top went away and put back what it found: so goes its forwarding.
+            g_faults.target[sig] = g_faults.previous[sig];
+            sigaction(sig, &g_faults.runtime[sig], nullptr);
+            continue;
+        }
+        g_faults.previous[sig] = g_faults.target[sig];
+        g_faults.target[sig] = current;
+        sigaction(sig, &g_faults.runtime[sig], nullptr);
+    }
+}
+
 }  // namespace platform
