@@ -27,6 +27,10 @@ def c_string(text):
     return '"' + text.replace("\\", "\\\\").replace('"', '\\"') + '"'
 
 
+
+# Parameter spellings whose int argument can overflow its converter.
+INTEGER_PARAMS = ("Byte", "Int16", "Int32", "Int64")
+
 class ClassEmitter:
     """Writes the C++ of one class."""
 
@@ -194,7 +198,16 @@ class ClassEmitter:
             for line in locals_:
                 self.out("    " + line)
             self.out("    " + kw)
-            self.out(f"    if (!{parse}) return {failure};")
+            if any(p["kind"] == "value" and p["type"] in INTEGER_PARAMS for p in t["params"]):
+                # An overflowing int names its parameter; the converters run again only on that failure.
+                converters = ", ".join(conv for conv, _ in units)
+                self.out(f"    static const ParamConverter converters[] = {{{converters}}};")
+                self.out(f"    if (!{parse}) {{")
+                self.out(f"        name_overflowing_argument(args, kwargs, kw, converters, {len(units)});")
+                self.out(f"        return {failure};")
+                self.out("    }")
+            else:
+                self.out(f"    if (!{parse}) return {failure};")
             for line in lines:
                 self.out(line)
             return
@@ -377,7 +390,13 @@ class ClassEmitter:
                     wire_t, arg = "BufferArg*", "v.arg()"
                 else:
                     self.out(f"    {form.c_type} v{form.init};")
-                    self.out(f"    if (!{form.converter}(value, &v)) return -1;")
+                    if spelling in INTEGER_PARAMS:
+                        self.out(f"    if (!{form.converter}(value, &v)) {{")
+                        self.out(f"        name_overflowing_attribute({c_string(name)});")
+                        self.out("        return -1;")
+                        self.out("    }")
+                    else:
+                        self.out(f"    if (!{form.converter}(value, &v)) return -1;")
                     wire_t, arg = form.wire_type(), ("&v" if form.pass_address else "v")
                 self.out(f"    reinterpret_cast<void (*)(InstanceHandle, {wire_t})>({self.slot(a['setter'])})"
                          f"(handle_of(self), {arg});")

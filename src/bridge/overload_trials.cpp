@@ -54,6 +54,24 @@ void raise_trial_errors(PyObject** slots, size_t count) {
 
 namespace {
 
+// Replaces the pending OverflowError by one whose message starts with `label`.
+void prefix_overflow(const char* kind, const char* name) {
+    PyObject *type, *value, *traceback;
+    PyErr_Fetch(&type, &value, &traceback);
+    PyErr_NormalizeException(&type, &value, &traceback);
+    PyObject* text = value != nullptr ? PyObject_Str(value) : nullptr;
+    if (text != nullptr) {
+        PyErr_Format(PyExc_OverflowError, "%s '%s': %U", kind, name, text);
+        Py_DECREF(text);
+        Py_XDECREF(type);
+        Py_XDECREF(value);
+        Py_XDECREF(traceback);
+        return;
+    }
+    PyErr_Clear();
+    PyErr_Restore(type, value, traceback);
+}
+
 int refuse_list_cell(PyObject* object) {
     PyErr_Format(PyExc_TypeError, "argument should be empty list or list contains default value, not '%.200s'",
                  Py_TYPE(object)->tp_name);
@@ -78,4 +96,34 @@ int store_out_value(PyObject* list, PyObject* value) {
     int result = PyList_Append(list, value);
     Py_DECREF(value);
     return result;
+}
+
+void name_overflowing_argument(PyObject* args, PyObject* kwargs, const char* const* keywords,
+                               const ParamConverter* converters, size_t count) {
+    if (!PyErr_ExceptionMatches(PyExc_OverflowError)) return;
+    PyObject *type, *value, *traceback;
+    PyErr_Fetch(&type, &value, &traceback);
+    const Py_ssize_t positional = PyTuple_GET_SIZE(args);
+    for (size_t i = 0; i < count; ++i) {
+        PyObject* argument = static_cast<Py_ssize_t>(i) < positional
+                                 ? PyTuple_GET_ITEM(args, static_cast<Py_ssize_t>(i))
+                                 : (kwargs != nullptr ? PyDict_GetItemString(kwargs, keywords[i]) : nullptr);
+        // Only an int can overflow; converters given an int write at most a small record.
+        if (argument == nullptr || !PyLong_Check(argument)) continue;
+        alignas(16) unsigned char scratch[256] = {};
+        if (converters[i](argument, scratch)) continue;
+        if (PyErr_ExceptionMatches(PyExc_OverflowError)) {
+            Py_XDECREF(type);
+            Py_XDECREF(value);
+            Py_XDECREF(traceback);
+            prefix_overflow("parameter", keywords[i]);
+            return;
+        }
+        PyErr_Clear();
+    }
+    PyErr_Restore(type, value, traceback);
+}
+
+void name_overflowing_attribute(const char* name) {
+    if (PyErr_ExceptionMatches(PyExc_OverflowError)) prefix_overflow("attribute", name);
 }

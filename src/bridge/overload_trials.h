@@ -20,6 +20,16 @@ void drop_trial_errors(PyObject** slots, size_t count);
 // on a value it could not pass (a ValueError or RecursionError) raises that error instead. Drops the slots.
 void raise_trial_errors(PyObject** slots, size_t count);
 
+// A single-trial call failed with OverflowError: finds the argument that overflows its parameter's
+// converter and names the parameter in the message ("parameter 'x': Python int too large ...").
+// Other errors are left as they are. Cold: runs only on that failure.
+using ParamConverter = int (*)(PyObject*, void*);
+void name_overflowing_argument(PyObject* args, PyObject* kwargs, const char* const* keywords,
+                               const ParamConverter* converters, size_t count);
+
+// The same for a property setter whose value overflowed: "attribute 'x': ...".
+void name_overflowing_attribute(const char* name);
+
 // Out and ref parameters: a one-element list carries the value both ways.
 struct ListCell {
     PyObject* list;  // borrowed

@@ -46,6 +46,18 @@ class TestAllTrialsFail:
         assert len(texts) == BITMAP_TRIALS
         assert texts[3] == texts[4] == texts[5] == "Python int too large to convert to C long"
 
+    def test_overflow_of_a_single_trial_or_a_setter_names_its_parameter(self):
+        b = f.Bitmap(4, 4)
+        cases = [(lambda: b.set_pixel(2**33, 0, f.Color.red), "parameter 'x'"),
+                 (lambda: b.set_pixel(0, color=f.Color.red, y=-2**40), "parameter 'y'"),
+                 (lambda: setattr(f.StringFormat(), "alignment", 2**40), "attribute 'alignment'")]
+        for call, name in cases:
+            with pytest.raises(OverflowError) as info:
+                call()
+            assert str(info.value) == name + ": Python int too large to convert to C long"
+        with pytest.raises(TypeError, match="can't build 'Int32' from 'str'"):  # other failures as they were
+            b.set_pixel("0", 0, f.Color.red)
+
     def test_method_with_two_overloads(self):
         b = f.Bitmap(2, 2)
         texts = failed_trials(lambda: b.make_transparent(1))
