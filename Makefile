@@ -6,7 +6,7 @@ JOBS    ?= $(shell nproc)
 DOTNET  ?= dotnet
 MANAGED := managed/WrpInterop.Orvane.PyFigura.csproj
 
-.PHONY: all deps generate native managed test-assets layout test test-python test-native demo bench typecheck clean
+.PHONY: all deps generate native managed test-assets layout test test-python test-native demo bench typecheck fuzz clean
 
 all: layout
 
@@ -59,6 +59,10 @@ typecheck: layout
 bench: all test-assets
 	$(DOTNET) build bench/csharp/ManagedCallBench.csproj -c Release -o $(BUILD)/bench/csharp --nologo -v quiet
 	PYTHONPATH=$(BUILD)/python:$(BUILD)/native/bench $(PY) bench/run.py
+
+# Hostile images: 3,000 mutated files of eight formats; crashes are checked against a plain .NET program.
+fuzz: deps all
+	PYTHONPATH=$(BUILD)/python $(PY) tools/fuzz/image_fuzz.py --files 3000 --work $(BUILD)/fuzz
 
 clean:
 	rm -rf $(BUILD) managed/bin managed/obj
