@@ -6,7 +6,7 @@ JOBS    ?= $(shell nproc)
 DOTNET  ?= dotnet
 MANAGED := managed/WrpInterop.Orvane.PyFigura.csproj
 
-.PHONY: all deps generate native managed test-assets layout test test-python test-native demo bench typecheck fuzz clean
+.PHONY: all deps generate native managed test-assets layout test test-python test-native demo bench typecheck fuzz test-asan clean
 
 all: layout
 
@@ -59,6 +59,26 @@ typecheck: layout
 bench: all test-assets
 	$(DOTNET) build bench/csharp/ManagedCallBench.csproj -c Release -o $(BUILD)/bench/csharp --nologo -v quiet
 	PYTHONPATH=$(BUILD)/python:$(BUILD)/native/bench $(PY) bench/run.py
+
+# The native parts under AddressSanitizer and UndefinedBehaviorSanitizer (own build tree), with the
+# GoogleTest tests and the Python tests; the sanitizer runtime and libstdc++ are preloaded into Python.
+ASAN := $(BUILD)/asan
+SANITIZE := -fsanitize=address,undefined -fno-omit-frame-pointer
+ASAN_ENV := ASAN_OPTIONS=detect_leaks=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:allow_user_segv_handler=1:alloc_dealloc_mismatch=0:detect_odr_violation=0 \
+    UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+test-asan: deps all test-assets
+	$(PY) generator/generate.py --api api --out $(ASAN)/gen
+	cmake -S . -B $(ASAN)/native -DCMAKE_BUILD_TYPE=RelWithDebInfo -DPython3_EXECUTABLE=$(PY) \
+	    -DCMAKE_C_FLAGS="$(SANITIZE)" -DCMAKE_CXX_FLAGS="$(SANITIZE)" -DCMAKE_SHARED_LINKER_FLAGS="$(SANITIZE)" \
+	    -DCMAKE_MODULE_LINKER_FLAGS="$(SANITIZE)" -DCMAKE_EXE_LINKER_FLAGS="$(SANITIZE)" >/dev/null
+	cmake --build $(ASAN)/native -j$(JOBS)
+	ln -sfn ../managed $(ASAN)/managed
+	ln -sfn ../test-assets $(ASAN)/test-assets
+	PY=$(PY) scripts/layout.sh $(ASAN)
+	cd $(ASAN)/native && $(ASAN_ENV) ctest --output-on-failure
+	ORVANE_TEST_BUILD=$(abspath $(ASAN)) $(ASAN_ENV) \
+	    LD_PRELOAD="$$(gcc -print-file-name=libasan.so) $$(gcc -print-file-name=libstdc++.so)" \
+	    PYTHONPATH=$(ASAN)/python:$(ASAN)/native/tests $(PY) -m pytest -q -p no:cacheprovider tests/python
 
 # Hostile images: 3,000 mutated files of eight formats; crashes are checked against a plain .NET program.
 fuzz: deps all

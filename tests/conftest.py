@@ -10,7 +10,7 @@ import sys
 import pytest
 
 REPO = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-BUILD = os.path.join(REPO, "build")
+BUILD = os.environ.get("ORVANE_TEST_BUILD") or os.path.join(REPO, "build")  # another tree: make test-asan
 PACKAGE_ROOT = os.path.join(BUILD, "python")
 PROBES = os.path.join(BUILD, "native", "tests")
 TEST_ASSETS = os.path.join(BUILD, "test-assets")

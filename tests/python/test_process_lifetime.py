@@ -1,4 +1,5 @@
 """What the process sees over its life: native memory coming back, dispose(), and fork."""
+import os
 import subprocess
 import textwrap
 
@@ -10,6 +11,8 @@ from conftest import PYTHON, _clean_environment
 RSS_NOW = "int(open('/proc/self/statm').read().split()[1]) * 4096 // 2**20"
 
 
+@pytest.mark.skipif("libasan" in os.environ.get("LD_PRELOAD", ""),
+                    reason="the sanitizer's allocator holds freed memory in quarantine")
 class TestNativeMemory:
     def test_dropped_bitmaps_do_not_pile_up(self, fresh_python):
         # 400 x 4 MB of touched pixels: about 1.6 GB if the managed collector never ran.
