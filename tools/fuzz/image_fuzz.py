@@ -155,11 +155,12 @@ def decider_dll(work):
     return os.path.join(out, "FuzzDecider.dll")
 
 
-def native_library_crashes(dll, path):
+def native_library_fails(dll, path):
+    """True when the plain .NET program crashes or hangs on the file too."""
     try:
-        done = subprocess.run(["dotnet", dll, path], capture_output=True, timeout=FILE_SECONDS * 6)
+        done = subprocess.run(["dotnet", dll, path], capture_output=True, timeout=FILE_SECONDS * 3)
     except subprocess.TimeoutExpired:
-        return True  # hangs in plain .NET as well
+        return True
     return done.returncode != 0
 
 
@@ -184,7 +185,8 @@ def main(argv=None):
             out.write(mutate(seeds[kind], rng))
         paths.append(path)
     counts = {"loaded": 0, "refused": 0, "slow": 0}
-    crashes, hangs = [], []
+    crashes, hangs, ours, theirs = [], [], [], []
+    dll = None
     pending = list(paths)
     while pending:
         batch, pending = pending[:options.batch], pending[options.batch:]
@@ -193,21 +195,25 @@ def main(argv=None):
             counts[outcome] += 1
         if failure is not None:
             index, what = failure
-            if what == "hang":
+            path = batch[index]
+            if dll is None:
+                dll = decider_dll(work)
+            if native_library_fails(dll, path):
+                theirs.append((path, what))
+            elif what == "hang":
                 # A slow load on a busy machine is not a hang: the file alone gets a longer time.
-                alone, still = run_batch([batch[index]], env, FILE_SECONDS * 6)
+                alone, still = run_batch([path], env, FILE_SECONDS * 3)
                 if still is None:
                     counts[alone[0]] += 1
                     counts["slow"] += 1
                     what = None
+                else:
+                    ours.append((path, what))
+            else:
+                ours.append((path, what))
             if what is not None:
-                (hangs if what == "hang" else crashes).append((batch[index], what))
+                (hangs if what == "hang" else crashes).append((path, what))
             pending = batch[index + 1:] + pending  # the rest of the batch in a new child
-    ours, theirs = [], []
-    if crashes or hangs:
-        dll = decider_dll(work)
-        for path, what in crashes + hangs:
-            (theirs if native_library_crashes(dll, path) else ours).append((path, what))
     print(f"files tried: {len(paths)} ({', '.join(names)})")
     print(f"loaded: {counts['loaded']}, refused with a Python exception: {counts['refused']} "
           f"(slow, over {FILE_SECONDS} s but ended: {counts['slow']})")
