@@ -16,21 +16,26 @@ namespace Orvane.WrpGen.Interop
     {
         private static readonly ConditionalWeakTable<Image, Token> s_tokens = new ConditionalWeakTable<Image, Token>();
 
-        /// <summary>Called when a wrapper is made for an image; once per image.</summary>
+        // Smaller images are left to the collector's own pace: reporting them would cost more than the
+        // memory they hold, and a loop of them makes managed garbage fast enough to be collected.
+        private const long SmallestReported = 256 * 1024;
+
+        /// <summary>Called when a wrapper is made for an image; reported once per image.</summary>
         [MethodImpl(MethodImplOptions.NoInlining)]
         public static void Track(Image image)
         {
-            if (s_tokens.TryGetValue(image, out _)) return;
             long bytes;
             try
             {
-                bytes = (long)image.Width * image.Height * Math.Max(1, Image.GetPixelFormatSize(image.PixelFormat)) / 8;
+                // One native call; four bytes a pixel is close enough for the collector's arithmetic.
+                SizeF size = image.PhysicalDimension;
+                bytes = (long)size.Width * (long)size.Height * 4;
             }
             catch (Exception)
             {
                 return;  // a disposed or broken image holds nothing worth reporting
             }
-            if (bytes <= 0) return;
+            if (bytes < SmallestReported || s_tokens.TryGetValue(image, out _)) return;
             var token = new Token(bytes);
             if (!s_tokens.TryAdd(image, token)) token.Release();
         }
