@@ -65,3 +65,45 @@ PyObject* fields_as_positional(PyTypeObject* type, PyObject* args, PyObject* kwa
     }
     return refuse_keywords(type, args, kwargs, forms, form_count);
 }
+
+void name_overflowing_field(PyObject* self, PyObject* args, initproc positional, const FieldForm* forms,
+                            int form_count) {
+    const Py_ssize_t given = PyTuple_GET_SIZE(args);
+    const FieldForm* form = nullptr;
+    for (int f = 0; f < form_count; ++f)
+        if (forms[f].count == given) form = &forms[f];
+    if (form == nullptr) return;
+    PyObject *type, *value, *traceback;
+    PyErr_Fetch(&type, &value, &traceback);
+    PyObject* zero = PyLong_FromLong(0);
+    for (Py_ssize_t i = 0; zero != nullptr && i < given; ++i) {
+        PyObject* argument = PyTuple_GET_ITEM(args, i);
+        if (!PyLong_Check(argument)) continue;
+        PyObject* alone = PyTuple_New(given);
+        if (alone == nullptr) break;
+        for (Py_ssize_t j = 0; j < given; ++j) {
+            PyObject* item = j == i || !PyLong_Check(PyTuple_GET_ITEM(args, j)) ? PyTuple_GET_ITEM(args, j) : zero;
+            Py_INCREF(item);
+            PyTuple_SET_ITEM(alone, j, item);
+        }
+        const bool overflows = positional(self, alone, nullptr) < 0 && PyErr_ExceptionMatches(PyExc_OverflowError);
+        Py_DECREF(alone);
+        if (overflows) {
+            PyObject* text = PyObject_Str(value);
+            PyErr_Clear();
+            if (text != nullptr) {
+                PyErr_Format(PyExc_OverflowError, "field '%s': %U", form->fields[i], text);
+                Py_DECREF(text);
+                Py_DECREF(zero);
+                Py_XDECREF(type);
+                Py_XDECREF(value);
+                Py_XDECREF(traceback);
+                return;
+            }
+            break;
+        }
+        PyErr_Clear();
+    }
+    Py_XDECREF(zero);
+    PyErr_Restore(type, value, traceback);
+}

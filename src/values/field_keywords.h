@@ -17,13 +17,23 @@ struct FieldForm {
 PyObject* fields_as_positional(PyTypeObject* type, PyObject* args, PyObject* kwargs, const FieldForm* forms,
                                int form_count);
 
+// After `positional` failed on `args` with OverflowError: names the field whose argument overflows
+// ("field 'y': ..."), found by trying each int argument alone among zeros. Cold.
+void name_overflowing_field(PyObject* self, PyObject* args, initproc positional, const FieldForm* forms,
+                            int form_count);
+
 // tp_init over a positional-only init: calls it as is without keywords, else with the merged tuple.
 template <const FieldForm* Forms, int FormCount, initproc Positional>
 int init_with_field_keywords(PyObject* self, PyObject* args, PyObject* kwargs) {
-    if (kwargs == nullptr || PyDict_GET_SIZE(kwargs) == 0) return Positional(self, args, nullptr);
-    PyObject* merged = fields_as_positional(Py_TYPE(self), args, kwargs, Forms, FormCount);
-    if (merged == nullptr) return -1;
-    int result = Positional(self, merged, nullptr);
-    Py_DECREF(merged);
+    PyObject* merged = nullptr;
+    if (kwargs != nullptr && PyDict_GET_SIZE(kwargs) != 0) {
+        merged = fields_as_positional(Py_TYPE(self), args, kwargs, Forms, FormCount);
+        if (merged == nullptr) return -1;
+    }
+    PyObject* positional = merged != nullptr ? merged : args;
+    int result = Positional(self, positional, nullptr);
+    if (result < 0 && PyErr_ExceptionMatches(PyExc_OverflowError))
+        name_overflowing_field(self, positional, Positional, Forms, FormCount);
+    Py_XDECREF(merged);
     return result;
 }

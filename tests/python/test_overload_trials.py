@@ -57,6 +57,12 @@ class TestAllTrialsFail:
             assert str(info.value) == name + ": Python int too large to convert to C long"
         with pytest.raises(TypeError, match="can't build 'Int32' from 'str'"):  # other failures as they were
             b.set_pixel("0", 0, f.Color.red)
+        # Value constructors name the field, positional or keyword.
+        for call, text in ((lambda: f.Point(1, 2**31), "field 'y': signed integer is greater than maximum"),
+                           (lambda: f.Color(a=1, r=2, g=3, b=300), "field 'b': unsigned byte integer is greater than maximum")):
+            with pytest.raises(OverflowError) as info:
+                call()
+            assert str(info.value) == text
 
     def test_method_with_two_overloads(self):
         b = f.Bitmap(2, 2)
