@@ -302,7 +302,8 @@ class ClassEmitter:
             self.out("    PyObject* kwargs = nullptr;")
         else:
             self.out(f"PyObject* {fname}(PyObject* self, PyObject* args, PyObject* kwargs) {{")
-        self.out("    (void)self;")
+        if static:
+            self.out("    (void)self;")  # a static method has no instance
         self.out("    REFUSE_IN_FORKED_CHILD(nullptr);")
         if noargs:
             self.out("    (void)args;")
@@ -483,8 +484,9 @@ class ClassEmitter:
         if self.cls.get("collection"):
             self.emit_collection_slots()
         self.out("PyObject* tp_richcompare(PyObject* self, PyObject* other, int op) {")
-        self.out(f"    if (PyObject_IsInstance(other, reinterpret_cast<PyObject*>(&{self.id}_Type)) == 0)")
-        self.out("        Py_RETURN_NOTIMPLEMENTED;")
+        self.out(f"    const int same = PyObject_IsInstance(other, reinterpret_cast<PyObject*>(&{self.id}_Type));")
+        self.out("    if (same == 0) Py_RETURN_NOTIMPLEMENTED;")
+        self.out("    if (same < 0) return nullptr;  // a failing __instancecheck__ is not a match")
         self.out(f"    return {family}_compare(handle_of(self), handle_of(other), op);")
         self.out("}")
         self.out()

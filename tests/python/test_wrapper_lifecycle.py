@@ -90,6 +90,15 @@ class TestEquality:
         assert (sf == other) is False
         assert (sf != other) is True
 
+    def test_a_failing_instance_check_is_raised_not_taken_for_a_match(self):
+        class Shifty:
+            @property
+            def __class__(self):
+                raise LookupError("no class today")
+
+        with pytest.raises(LookupError, match="no class today"):
+            f.Bitmap(1, 1) == Shifty()
+
     def test_ordering_is_not_defined(self):
         a, b = f.StringFormat(), f.StringFormat()
         for op in ("<", "<=", ">", ">="):
