@@ -15,7 +15,6 @@ struct WrapperTypeRegistry {
     std::mutex by_key_mutex;
     std::unordered_map<TypeKey, PyTypeObject*> by_key_typed;  // caches misses too
     std::mutex by_key_typed_mutex;
-    size_t name_lookups = 0;
 };
 
 WrapperTypeRegistry& registry() {
@@ -25,7 +24,6 @@ WrapperTypeRegistry& registry() {
 
 PyTypeObject* lookup_name_of(InstanceHandle handle) {
     WrapperTypeRegistry& r = registry();
-    ++r.name_lookups;
     std::u16string* name = exchange_host().GetTypeName(handle);
     if (name == nullptr) return nullptr;
     auto it = r.names.find(*name);
@@ -109,4 +107,3 @@ PyObject* wrap_typed(const TypedHandle* typed, PyTypeObject* declared) {
     return wrap_exact(typed->handle, type);
 }
 
-size_t registry_name_lookups() { return registry().name_lookups; }

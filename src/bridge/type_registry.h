@@ -28,5 +28,3 @@ int32_t wrap_by_key_quiet(InstanceHandle handle, TypeKey key, PyObject** out);
 // Interface results: the most derived registered class when it converts implicitly, else `declared`.
 PyObject* wrap_typed(const TypedHandle* typed, PyTypeObject* declared);
 
-// Number of GetTypeName calls made so far (the cost of the first lookup of each key).
-size_t registry_name_lookups();
