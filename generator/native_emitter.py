@@ -149,10 +149,8 @@ class ClassEmitter:
             lines.append(f"{pad}{call};")
         else:
             lines.append(f"{pad}{ret} r = {call};")
-        if result.kind == "object":
+        if result.kind == "object":  # a new reference may come back with the error: dropped
             lines.append(f"{pad}if (PyErr_Occurred()) {{ Py_XDECREF(r); return {failure}; }}")
-        elif result.kind == "handle":
-            lines.append(f"{pad}if (PyErr_Occurred()) return {failure};")
         else:
             lines.append(f"{pad}if (PyErr_Occurred()) return {failure};")
         if result.kind == "none":
