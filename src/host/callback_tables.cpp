@@ -1,5 +1,5 @@
 // Static layout of the callback tables. Rows are filled by the marshalling layer that owns them;
-// a row that is still null is one whose value family has not been bound yet.
+// the null that ends some groups is a terminator the managed side reads, not a missing row.
 #include "host/callback_tables.h"
 
 #include <Python.h>

@@ -59,6 +59,7 @@ void host_bootstrap(HostRuntime& rt, bool debug, const std::string& vendor, cons
         auto wrap_load = reinterpret_cast<WrapLoad>(rt.wrap_library.symbol("coreclr_wrap_load"));
         std::string runtime_path = join_paths(rt.runtime_directory, kRuntimeLibraryName);
         HOST_TRACE("Loading2: '%s'", runtime_path.c_str());
+        // The message is kept letter for letter ("wap"): callers and tests match it.
         if (wrap_load(utf8_to_utf16(runtime_path).c_str()) == 0) throw std::runtime_error("init coreclr wap");
     }
     HOST_TRACE(".NET Core host ready.");
@@ -125,7 +126,7 @@ void host_shutdown() {
     if (rt == nullptr || g_forked_child) return;
     if (rt->wrap_shutdown != nullptr && rt->domain_initialized) {
         if (rt->wrap_library.holds_handle() && rt->wrap_library.loaded_here()) {
-            HOST_TRACE("Shutdowning .NET Core host...");
+            HOST_TRACE("Shutdowning .NET Core host...");  // the trace text is kept as it has always read
             int32_t result = rt->wrap_shutdown();
             HOST_TRACE(".NET Core host is down: %d", result);
         }
