@@ -14,6 +14,7 @@
 #include "bridge/wrapper_object.h"
 #include "host/entry_tables.h"
 #include "interop/interop_types.h"
+#include "interop/locked_bits.h"
 #include "marshal/buffer_marshal.h"
 #include "marshal/guid_marshal.h"
 #include "marshal/scalar_marshal.h"
