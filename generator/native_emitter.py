@@ -360,6 +360,7 @@ class ClassEmitter:
             self.method = None
             doc = doc_text.c_literal(doc_text.method_doc(self.names, self.cls, method))
             rows.append(f'{{{c_string(name)}, reinterpret_cast<PyCFunction>({fname}), {flags}, {doc}}}')
+        rows += self.emit_python_methods()
         if self.cls.get("context_manager"):
             rows.insert(0, "WRAPPER_CONTEXT_METHODS")
         self.out(f"PyMethodDef g_methods[] = {{")
@@ -368,6 +369,21 @@ class ClassEmitter:
         self.out("    {nullptr, nullptr, 0, nullptr}};")
         self.out()
         self.mixed = mixed
+
+    def emit_python_methods(self):
+        """Methods written in Python (api key `python_methods`): a row that forwards to the function."""
+        rows = []
+        for pm in self.cls.get("python_methods", []):
+            module, _, function = pm["function"].rpartition(".")
+            fname = "py_" + pm["name"].strip("_")
+            self.out(f"PyObject* {fname}(PyObject* self, PyObject* args, PyObject* kwargs) {{")
+            self.out(f"    return call_python_method({c_string(module)}, {c_string(function)}, self, args, kwargs);")
+            self.out("}")
+            self.out()
+            flags = "METH_VARARGS | METH_KEYWORDS" + (" | METH_CLASS" if pm["form"] == "class" else "")
+            doc = doc_text.c_literal(doc_text.python_method_doc(pm))
+            rows.append(f'{{{c_string(pm["name"])}, reinterpret_cast<PyCFunction>({fname}), {flags}, {doc}}}')
+        return rows
 
     def out_method_row_funcs(self, fname, trials, static):
         # The static form of a mixed method always takes arguments and keywords.

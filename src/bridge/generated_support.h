@@ -10,6 +10,7 @@
 #include "bridge/fork_guard.h"
 #include "bridge/descriptors.h"
 #include "bridge/overload_trials.h"
+#include "bridge/python_methods.h"
 #include "bridge/type_registry.h"
 #include "bridge/wrapper_object.h"
 #include "host/entry_tables.h"
