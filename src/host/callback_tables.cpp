@@ -11,6 +11,7 @@
 #include "host/released_calls.h"
 #include "interop/container_callbacks.h"
 #include "interop/element_callbacks.h"
+#include "interop/stream_callbacks.h"
 #include "marshal/buffer_marshal.h"
 #include "marshal/datetime_marshal.h"
 #include "marshal/decimal_marshal.h"
