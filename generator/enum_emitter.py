@@ -102,7 +102,7 @@ def emit_source(model):
 
 def emit_header(model):
     lines = [BANNER + "// The enumerations of each module, in registration order.", "#pragma once",
-             '#include "module/module_contents.h"', ""]
+             '#include "common/module_contents.h"', ""]
     for key, names in module_orders(model):
         if names:
             lines.append(f"extern const EnumRegistration {ARRAYS[key]}[{len(names)}];")

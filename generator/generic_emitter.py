@@ -132,7 +132,7 @@ def native_instantiation(model, generic, inst):
         array_entries.append(tables["array_entry_with_argument_converter"])
     names = ", ".join(f'"{e}"' for e in array_entries)
     lines = [NATIVE_BANNER, f"// Typed array {sfx}: elements of {el.name}.", '#include "generated_classes.h"',
-             '#include "interop/generic_arrays.h"', '#include "marshal/array_marshal.h"', "", "namespace {", ""]
+             '#include "interop/generic_arrays.h"', '#include "interop/array_marshal.h"', "", "namespace {", ""]
     lines += [f'constexpr const char* kArrayNames[] = {{{names}}};',
               f"using ArrayTable = ClassEntryTable<{len(array_entries)}>;", "",
               "ArrayTable& array_table() {",
@@ -197,7 +197,7 @@ def native_instantiation(model, generic, inst):
 
 def native_header(model, generic):
     lines = [NATIVE_BANNER, "// Declarations of the typed-array instantiations of _wrpgen._generic.", "#pragma once",
-             '#include "marshal/array_marshal.h"', ""]
+             '#include "interop/array_marshal.h"', ""]
     for inst in generic["instantiations"]:
         sfx = inst["suffix"]
         if inst["kind"] == "full":

@@ -650,7 +650,7 @@ class ClassEmitter:
 
 def emit_header(model, classes):
     lines = [BANNER.rstrip(), "// Declarations of every generated class's artefacts.", "#pragma once",
-             '#include "bridge/generated_support.h"', '#include "generated_generics.h"', ""]
+             '#include "module/generated_support.h"', '#include "generated_generics.h"', ""]
     for cls in classes:
         i = ident(cls["name"])
         wrap_arg = "const TypedHandle*" if cls["shape"] == "interface" else "InstanceHandle"
@@ -670,7 +670,7 @@ def emit_module_contents(model, installers):
     import value_emitter  # builds on this module's class emitter
     root = model.modules["root"]
     lines = [BANNER.rstrip(), "// Contents of the modules of the package tree, in their fixed orders.",
-             f'#include "{HEADER}"', f'#include "{enum_emitter.HEADER}"', '#include "module/module_contents.h"',
+             f'#include "{HEADER}"', f'#include "{enum_emitter.HEADER}"', '#include "common/module_contents.h"',
              "", "namespace {", ""]
 
     def type_ref(name):

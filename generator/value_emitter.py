@@ -157,7 +157,7 @@ class ValueEmitter(ClassEmitter):
     def emit(self):
         self.out(BANNER.rstrip())
         self.out(f"// {self.cls['qualified_name']}: managed operations of {self.cls['managed_name']}")
-        self.out('#include "bridge/generated_support.h"')
+        self.out('#include "module/generated_support.h"')
         self.out('#include "values/value_types.h"')
         self.out()
         self.emit_table()

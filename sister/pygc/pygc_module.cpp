@@ -1,5 +1,5 @@
 // The sister module orvane.pygc: publishes its version and the oldest version it still serves.
-#include "module/version_object.h"
+#include "common/version_object.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 #include "bridge/class_binding.h"
 
 #include "bridge/fork_guard.h"
-#include "module/init_failures.h"
-#include "module/interned_names.h"
+#include "common/init_failures.h"
+#include "common/interned_names.h"
 
 TypeInitStatus compute_status(const ClassEntryTableHeader& table, const StatusGetter* references, size_t count) {
     TypeInitStatus status;

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "module/init_failures.h"
+#include "common/init_failures.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // Proxy errors raised for managed exceptions, and Python exceptions turned into text for managed code.
 #include "bridge/exception_bridge.h"
 
-#include "module/init_failures.h"
-#include "module/interned_names.h"
+#include "common/init_failures.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <unordered_map>
 
 #include "bridge/wrapper_object.h"
-#include "module/interned_names.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include "bridge/fork_guard.h"
 #include "bridge/object_use.h"
-#include "module/interned_names.h"
+#include "common/interned_names.h"
 
 namespace {
 

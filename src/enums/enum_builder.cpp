@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "module/dependency_import.h"
-#include "module/init_failures.h"
-#include "module/interned_names.h"
+#include "common/dependency_import.h"
+#include "common/init_failures.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -3,11 +3,7 @@
 
 #include <sstream>
 
-#include "bridge/exception_bridge.h"
-#include "host/callback_tables.h"
 #include "host/core/host_runtime.h"
-#include "host/released_calls.h"
-#include "marshal/string_marshal.h"
 
 namespace {
 
@@ -111,29 +107,4 @@ void bind_class_entries(ClassEntryTableHeader& header, void** slots, const char*
             return;
         }
     }
-}
-
-int start_host_and_bind(const char16_t* runtime_version, const char* assembly_name, bool debug,
-                        const char16_t* vendor, const char16_t* module_word) {
-    host::host_runtime_instance(runtime_version, debug, vendor, module_word, nullptr, nullptr);
-    ExchangeHostTable& exchange = exchange_host();
-    if (!exchange_bind(exchange, assembly_name)) {
-        PyErr_SetString(PyExc_TypeError, exchange.error_text.c_str());
-        return -1;
-    }
-    exchange.SetExceptionCallback(&WithInterpreterLock<raise_proxy_error>::call);
-    exchange.SetCatchAndClearErrorCallback(&WithInterpreterLock<catch_and_clear_error>::call);
-    exchange.SetU16StrBuilderCallback(&WithInterpreterLock<build_u16_string>::call);
-    exchange.SetPyStrBuilderCallback(&WithInterpreterLock<build_py_string>::call);
-    exchange.SetPyUnraisableStrBuilderCallback(&WithInterpreterLock<build_py_string_quiet>::call);
-    exchange.SetPyBytesBuilderCallback(&WithInterpreterLock<build_py_bytes>::call);
-    exchange.SetPyStaticCallbacks(py_static_callbacks());
-    exchange.SetPyGenericCallbacks(py_generic_callbacks());
-    exchange.InitServices();
-    const ObjectHostTable& objects = object_host();
-    if (objects.failed) {
-        PyErr_SetString(PyExc_TypeError, objects.error_text.c_str());
-        return -1;
-    }
-    return 0;
 }

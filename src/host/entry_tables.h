@@ -75,8 +75,3 @@ void bind_class_entries(ClassEntryTableHeader& header, void** slots, const char*
 // "While initializing the host for the '<class> (Assembly=<assembly>)' type, an error occurred - ..."
 std::string format_binding_error(const char* assembly_name, const char* class_name, const char* method_name,
                                  uint32_t status);
-
-// Starts the host, binds ExchangeHost, hands over the callbacks, calls InitServices, binds ObjectHost.
-// 0, or -1 with a Python exception set. Native exceptions of the bootstrap are not caught.
-int start_host_and_bind(const char16_t* runtime_version, const char* assembly_name, bool debug,
-                        const char16_t* vendor, const char16_t* module_word);

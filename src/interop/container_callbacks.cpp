@@ -5,7 +5,7 @@
 
 #include "bridge/wrapper_object.h"
 #include "interop/interop_types.h"
-#include "module/interned_names.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <cstdint>
 
 #include "host/entry_tables.h"
-#include "marshal/variant_marshal.h"
+#include "interop/variant_marshal.h"
 
 // Group iteration: 0 with a new reference in *item and the variant filled; 1 exhausted; 2 failed.
 int32_t iteration_next(PyObject* iterator, PyObject** item, VariantArg* out);

@@ -3,7 +3,7 @@
 
 #include <climits>
 
-#include "bridge/generated_support.h"
+#include <Python.h>
 
 int raise_removing_refused() {
     PyErr_SetString(PyExc_ValueError, "elements removing not supported");

@@ -1,7 +1,7 @@
 // Contents of _wrpgen._interop and _wrpgen._generic, and the descriptor types of the root, in their orders.
 #include "bridge/descriptors.h"
 #include "interop/interop_types.h"
-#include "module/module_contents.h"
+#include "common/module_contents.h"
 
 namespace {
 

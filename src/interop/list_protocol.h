@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "bridge/wrapper_object.h"
-#include "marshal/variant_marshal.h"
+#include "interop/variant_marshal.h"
 
 // Managed list entries, by role. Statuses: 0 done, 2 index out of range (Pop: 1 empty), any other
 // value means that a Python exception is set. Entries whose result is not looked at are followed by

@@ -5,9 +5,9 @@
 
 #include "interop/buffer_view.h"
 #include "marshal/scalar_marshal.h"
-#include "marshal/stream_marshal.h"
-#include "module/init_failures.h"
-#include "module/interned_names.h"
+#include "interop/stream_marshal.h"
+#include "common/init_failures.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include "interop/arg_checks.h"
 #include "interop/entry_table_binding.h"
 #include "interop/wrapper_type_shape.h"
-#include "module/init_failures.h"
-#include "module/interned_names.h"
+#include "common/init_failures.h"
+#include "common/interned_names.h"
 
 namespace {
 

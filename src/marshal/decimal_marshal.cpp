@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "module/dependency_import.h"
-#include "module/interned_names.h"
+#include "common/dependency_import.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "module/dependency_import.h"
-#include "module/interned_names.h"
+#include "common/dependency_import.h"
+#include "common/interned_names.h"
 
 namespace {
 

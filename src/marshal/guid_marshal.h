@@ -6,6 +6,11 @@
 
 #include <cstdint>
 
+// A Guid crosses as its 16 bytes in UUID.bytes_le order.
+struct GuidValue {
+    uint8_t bytes[16];
+};
+
 constexpr int kGuidSize = 16;
 
 // O& converter of a Guid parameter: `out` is 16 bytes, filled with the UUID's bytes_le.

@@ -8,7 +8,7 @@
 #endif
 
 #include "marshal/decimal_marshal.h"
-#include "module/interned_names.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <new>
 
-#include "module/interned_names.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -2,12 +2,13 @@
 #include "module/module_entry.h"
 
 #include "host/entry_tables.h"
+#include "module/host_start.h"
 #include "interop/locked_bits.h"
-#include "module/dependency_import.h"
-#include "module/init_failures.h"
-#include "module/interned_names.h"
+#include "common/dependency_import.h"
+#include "common/init_failures.h"
+#include "common/interned_names.h"
 #include "module/module_tree.h"
-#include "module/version_object.h"
+#include "common/version_object.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include "bridge/type_registry.h"
 #include "interop/managed_collection.h"
 #include "module/fault_signals.h"
-#include "module/init_failures.h"
-#include "module/interned_names.h"
-#include "module/module_contents.h"
+#include "common/init_failures.h"
+#include "common/interned_names.h"
+#include "common/module_contents.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <initializer_list>
 
 #include "bridge/class_binding.h"
-#include "module/module_contents.h"
+#include "common/module_contents.h"
 #include "values/field_keywords.h"
 #include "values/value_records.h"
 

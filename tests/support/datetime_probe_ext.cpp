@@ -2,7 +2,7 @@
 #include <Python.h>
 
 #include "marshal/datetime_marshal.h"
-#include "module/interned_names.h"
+#include "common/interned_names.h"
 
 namespace {
 

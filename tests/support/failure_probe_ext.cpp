@@ -2,9 +2,9 @@
 // import and the string record helpers that the bridge delivers texts through.
 #include "bridge/exception_bridge.h"
 #include "marshal/string_marshal.h"
-#include "module/dependency_import.h"
-#include "module/init_failures.h"
-#include "module/interned_names.h"
+#include "common/dependency_import.h"
+#include "common/init_failures.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -4,12 +4,12 @@
 #include <cstring>
 #include <structmember.h>
 
-#include "host/callback_tables.h"
+#include "module/callback_tables.h"
 #include "marshal/buffer_marshal.h"
 #include "marshal/decimal_marshal.h"
 #include "marshal/guid_marshal.h"
 #include "marshal/scalar_marshal.h"
-#include "module/interned_names.h"
+#include "common/interned_names.h"
 
 namespace {
 

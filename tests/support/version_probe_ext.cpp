@@ -1,5 +1,5 @@
 // Test module version_probe: makes version objects with any numbers, for fake sister modules.
-#include "module/version_object.h"
+#include "common/version_object.h"
 
 namespace {
 

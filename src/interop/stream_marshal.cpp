@@ -1,10 +1,10 @@
 // The Stream converter: null, a managed stream's handle, or a Python file object lent for the call.
-#include "marshal/stream_marshal.h"
+#include "interop/stream_marshal.h"
 
 #include "bridge/wrapper_object.h"
 #include "interop/stream_wrapper.h"
-#include "module/dependency_import.h"
-#include "module/interned_names.h"
+#include "common/dependency_import.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The typed-array argument converter: wrappers by handle, lists and sequences borrowed for the call.
-#include "marshal/array_marshal.h"
+#include "interop/array_marshal.h"
 
 #include "values/value_types.h"
 

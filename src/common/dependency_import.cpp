@@ -1,8 +1,8 @@
 // Version-checked import of a sister module and plain attribute import; messages stay out of the way.
-#include "module/dependency_import.h"
+#include "common/dependency_import.h"
 
-#include "module/init_failures.h"
-#include "module/interned_names.h"
+#include "common/init_failures.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Raising functions of the start-up failure family and the chained raise they share.
-#include "module/init_failures.h"
+#include "common/init_failures.h"
 
 #include <cstdarg>
 

@@ -20,13 +20,9 @@
 #include "marshal/buffer_marshal.h"
 #include "marshal/guid_marshal.h"
 #include "marshal/scalar_marshal.h"
-#include "marshal/stream_marshal.h"
+#include "interop/stream_marshal.h"
 #include "marshal/string_marshal.h"
-#include "marshal/variant_marshal.h"
-#include "module/module_contents.h"
+#include "interop/variant_marshal.h"
+#include "common/module_contents.h"
 #include "values/value_types.h"
 
-// A Guid crosses as its 16 bytes in UUID.bytes_le order.
-struct GuidValue {
-    uint8_t bytes[16];
-};

@@ -1,5 +1,5 @@
 // Fills the interned-name table once at module entry.
-#include "module/interned_names.h"
+#include "common/interned_names.h"
 
 PyObject* interned_name_table[kInternedNameCount];
 

@@ -1,5 +1,5 @@
 // The type _ModuleVersionType: dotted text, numeric ordering and an FNV-1a hash over the four numbers.
-#include "module/version_object.h"
+#include "common/version_object.h"
 
 #include <cstddef>
 

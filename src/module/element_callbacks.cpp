@@ -1,9 +1,9 @@
 // Reads one element of a Python list or sequence through its kind's converter, for typed managed arrays.
-#include "interop/element_callbacks.h"
+#include "module/element_callbacks.h"
 
 #include "generated_classes.h"
 #include "host/released_calls.h"
-#include "marshal/array_marshal.h"
+#include "interop/array_marshal.h"
 #include "marshal/buffer_marshal.h"
 #include "marshal/scalar_marshal.h"
 #include "marshal/string_marshal.h"

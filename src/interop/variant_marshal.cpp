@@ -1,12 +1,12 @@
 // Classification of a Python value into a variant code, in the order that settles overlaps
 // (a bool is an int, a datetime is a date).
-#include "marshal/variant_marshal.h"
+#include "interop/variant_marshal.h"
 
 #include <datetime.h>
 
 #include "bridge/wrapper_object.h"
-#include "module/dependency_import.h"
-#include "module/interned_names.h"
+#include "common/dependency_import.h"
+#include "common/interned_names.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #define PY_SSIZE_T_CLEAN
 #include <Python.h>
 
-#include "module/version_object.h"
+#include "common/version_object.h"
 
 // New reference to the dependency, accepted when its threshold <= reference <= its VERSION;
 // otherwise null with ImportError set. `module_name` is the importer, named in one message.
