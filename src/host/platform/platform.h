@@ -7,10 +7,22 @@
 
 namespace platform {
 
+// Paths and names are UTF-8 everywhere above this layer; the Windows side converts them to UTF-16.
+#ifdef _WIN32
+constexpr char kPathSeparator = '\\';
+constexpr char kListSeparator = ';';
+constexpr char kLoaderLibraryName[] = "orvane.embed.coreclrwrap.dll";
+constexpr char kLoaderLibraryDebugName[] = "orvane.embed.coreclrwrap.debug.dll";
+constexpr char kRuntimeLibraryName[] = "coreclr.dll";
+#else
 constexpr char kPathSeparator = '/';
 constexpr char kListSeparator = ':';
+constexpr char kLoaderLibraryName[] = "orvane.embed.coreclrwrap.so";
+constexpr char kLoaderLibraryDebugName[] = "orvane.embed.coreclrwrap.debug.so";
+constexpr char kRuntimeLibraryName[] = "libcoreclr.so";
+#endif
 constexpr size_t kPathLimit = 260;  // length of a path buffer
-extern const char* const kLibrarySuffix;  // ".so"
+extern const char* const kLibrarySuffix;  // ".so", ".dll"
 
 // Full path of the process's executable (the interpreter), or empty when it can't be told.
 std::string executable_path();
