@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
     if (bitmap == 0) return 1 + g_failures;
     check(take_text(type_name(bitmap)) == "System.Drawing.Bitmap", "GetTypeName");
     void* text = nullptr;
-    check(to_string(bitmap, &text) == 0 && take_text(text) == "System.Drawing.Bitmap", "ToStringOfObj");
+    check(to_string(bitmap, &text) == 1 && take_text(text) == "System.Drawing.Bitmap", "ToStringOfObj");
 
     const ColorValue written{200, 10, 20, 30, 0};
     set_pixel(bitmap, 1, 2, &written);
