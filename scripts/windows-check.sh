@@ -73,11 +73,15 @@ status=0
 ( cd "$out/native" && $WINE host_tests.exe --gtest_filter=HostStartWindows.* ) || status=1
 
 step "runtime_check.exe under wine64: coreclr.dll, ExchangeHost, ObjectHost, System.Drawing.Bitmap"
-entries=$(grep -rlx "// Interop entries: System.Drawing.Bitmap." "$build/gen/managed")
-namespace=$(sed -n 's/^namespace \([A-Za-z0-9_.]*\)$/\1/p' "$entries")
-class=$(sed -n 's/^ *public static unsafe class \([A-Za-z0-9_]*\)$/\1/p' "$entries")
+# The generated entry class of a System.Drawing type, as namespace.class.
+entry_class() {
+    local file
+    file=$(grep -rlx "// Interop entries: System.Drawing.$1." "$build/gen/managed")
+    echo "$(sed -n 's/^namespace \([A-Za-z0-9_.]*\)$/\1/p' "$file").$(sed -n 's/^ *public static unsafe class \([A-Za-z0-9_]*\)$/\1/p' "$file")"
+}
 NETCORE_WRAPPER_NETCORE_DIR_orvane=$($WINE winepath -w "$layout/runtime" 2>/dev/null) \
 NETCORE_WRAPPER_ASSEMBLY_DIR_orvane=$($WINE winepath -w "$layout/assemblies" 2>/dev/null) \
-    $WINE "$out/native/runtime_check.exe" "$namespace.$class" || status=1
+    $WINE "$out/native/runtime_check.exe" "$(entry_class Bitmap)" "$(entry_class Graphics)" \
+    "$(entry_class SolidBrush)" "$(entry_class Image)" || status=1
 
 exit $status

@@ -1,8 +1,11 @@
 // Start-up check on Windows without Python: the host starts coreclr.dll through the loader DLL, binds
 // ExchangeHost and ObjectHost entries of the real interop assembly, and draws with System.Drawing.Bitmap
 // over the system's GDI+. The discovery variables name the layout, as the Python package sets them.
-//   runtime_check.exe <Bitmap entry class>     (its generated name, looked up by the driver script)
+//   runtime_check.exe <Bitmap> <Graphics> <SolidBrush> <Image>   (the generated entry classes of these
+//   System.Drawing types, looked up by the driver script)
 // Prints one line per check and exits with the number of failed checks.
+#include <windows.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -21,6 +24,13 @@ constexpr char kObject[] = "Orvane.WrpGen.Interop.ObjectHost";
 struct ColorValue {
     uint8_t a, r, g, b;
     int32_t state;  // 0: plain ARGB
+};
+
+// A string argument as the entries take it: UTF-16 code units here.
+struct StringArg {
+    int32_t length;
+    int32_t kind;  // bytes per code point
+    const void* data;
 };
 
 // Python objects are opaque to the managed side: here they are heap UTF-16 strings.
@@ -57,11 +67,14 @@ Fn bind(host::HostRuntime& rt, const char* class_name, const char* method) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: runtime_check <Bitmap entry class>\n");
+    if (argc != 5) {
+        std::fprintf(stderr, "usage: runtime_check <Bitmap> <Graphics> <SolidBrush> <Image> (entry classes)\n");
         return 2;
     }
     const char* bitmap_class = argv[1];
+    const char* graphics_class = argv[2];
+    const char* brush_class = argv[3];
+    const char* image_class = argv[4];
     host::HostRuntime& rt = host::host_runtime_instance(u"3.1", false, u"orvane", u"pyfigura");
     check(rt.domain_initialized, "runtime started from " + rt.runtime_directory);
 
@@ -84,6 +97,12 @@ int main(int argc, char** argv) {
     intptr_t bitmap = create(4, 3);
     check(bitmap != 0 && g_error.empty(), "new Bitmap(4, 3) " + g_error);
     if (bitmap == 0) return 1 + g_failures;
+    // System.Drawing draws through the system's GDI+: name the file it was loaded from.
+    wchar_t gdiplus[MAX_PATH] = {};
+    HMODULE gdiplus_module = GetModuleHandleW(L"gdiplus.dll");
+    if (gdiplus_module != nullptr) GetModuleFileNameW(gdiplus_module, gdiplus, MAX_PATH);
+    check(gdiplus_module != nullptr,
+          "GDI+ in the process: " + host::utf16_to_utf8(reinterpret_cast<const char16_t*>(gdiplus)));
     check(take_text(type_name(bitmap)) == "System.Drawing.Bitmap", "GetTypeName");
     void* text = nullptr;
     check(to_string(bitmap, &text) == 1 && take_text(text) == "System.Drawing.Bitmap", "ToStringOfObj");
@@ -99,7 +118,47 @@ int main(int argc, char** argv) {
 
     get_pixel(bitmap, 99, 0, &read);
     check(g_error.rfind("System.ArgumentOutOfRangeException: ", 0) == 0, "GetPixel(99, 0) reports " + g_error);
+    g_error.clear();
 
+    // Drawing: a brush fills a corner through Graphics.FromImage.
+    auto from_image = bind<intptr_t (*)(intptr_t)>(rt, graphics_class, "call_000_FromImage");
+    auto fill = bind<void (*)(intptr_t, intptr_t, int32_t, int32_t, int32_t, int32_t)>(rt, graphics_class,
+                                                                                       "call_003_FillRectangle");
+    auto new_brush = bind<intptr_t (*)(const ColorValue*)>(rt, brush_class, "ctor_000_SolidBrush");
+    const ColorValue red{255, 255, 0, 0, 0};
+    intptr_t graphics = from_image(bitmap);
+    intptr_t brush = new_brush(&red);
+    fill(graphics, brush, 0, 0, 2, 2);
+    dispose(graphics);
+    get_pixel(bitmap, 0, 0, &read);
+    check(g_error.empty() && read.a == 255 && read.r == 255 && read.g == 0 && read.b == 0,
+          "Graphics.FromImage + FillRectangle(SolidBrush red) " + g_error);
+
+    // Files: saved as PNG (the default encoder of a file without format) and read back.
+    auto save = bind<void (*)(intptr_t, const StringArg*)>(rt, image_class, "call_000_Save");
+    auto load = bind<intptr_t (*)(const StringArg*)>(rt, bitmap_class, "ctor_000_Bitmap");
+    wchar_t temp[MAX_PATH + 1] = {};
+    GetTempPathW(MAX_PATH, temp);
+    std::u16string path = reinterpret_cast<const char16_t*>(temp);
+    path += u"orvane_runtime_check.png";
+    const StringArg path_arg{static_cast<int32_t>(path.size()), 2, path.data()};
+    save(bitmap, &path_arg);
+    check(g_error.empty(), "Image.Save(" + host::utf16_to_utf8(path) + ") " + g_error);
+    intptr_t reloaded = load(&path_arg);
+    check(reloaded != 0 && g_error.empty(), "new Bitmap(path) " + g_error);
+    if (reloaded != 0) {
+        ColorValue corner{}, pixel{};
+        get_pixel(reloaded, 0, 0, &corner);
+        get_pixel(reloaded, 1, 2, &pixel);
+        check(g_error.empty() && corner.r == 255 && corner.g == 0 && pixel.a == 200 && pixel.r == 10 &&
+                  pixel.g == 20 && pixel.b == 30,
+              "PNG round trip keeps the pixels " + g_error);
+        dispose(reloaded);
+        free_instance(reloaded);
+    }
+    DeleteFileW(reinterpret_cast<const wchar_t*>(path.c_str()));
+
+    for (intptr_t handle : {brush, graphics}) free_instance(handle);
     dispose(bitmap);
     free_instance(bitmap);
     std::printf("%d failed\n", g_failures);
