@@ -36,13 +36,13 @@ cp cmake/windows/python/pyconfig.h "$pyroot/include/pyconfig.h"
 x86_64-w64-mingw32-dlltool -d "$pyroot/libs/python311.def" -D python311.dll -l "$pyroot/libs/libpython311.dll.a"
 echo "python311.def: $(grep -c '^    ' "$pyroot/libs/python311.def") exports"
 
-step "cross build: host core, loader DLL, host tests, runtime_check, the extension module"
+step "cross build: host core, loader DLL, host tests, runtime_check, the extension modules"
 cmake -S cmake/windows -B "$out/native" -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64-x86_64.cmake" \
     -DCMAKE_BUILD_TYPE=Release -DPYTHON_WINDOWS_ROOT="$(realpath "$pyroot")" \
     -DGENERATED_DIR="$(realpath "$build/gen/native")" >/dev/null
 cmake --build "$out/native" -j"$JOBS" | grep -E "error|warning|Linking" || true
 ( cd "$out/native" && ls -1 *.exe *.dll *.pyd fake/*.dll )
-for f in orvane.embed.coreclrwrap.dll pyfigura.cp311-win_amd64.pyd; do
+for f in orvane.embed.coreclrwrap.dll pyfigura.cp311-win_amd64.pyd pygc.cp311-win_amd64.pyd; do
     echo "$f imports: $(x86_64-w64-mingw32-objdump -p "$out/native/$f" | sed -n 's/^\tDLL Name: //p' | tr '\n' ' ')"
     echo "$f exports: $(x86_64-w64-mingw32-objdump -p "$out/native/$f" | sed -n 's/^\t\[ *[0-9]*\] //p' | grep -v '+base' | tr '\n' ' ')"
 done
