@@ -15,7 +15,7 @@ step() { printf '\n== %s\n' "$*"; }
 
 step "tools"
 need=()
-for p in mingw-w64 wine64; do dpkg -s "$p" >/dev/null 2>&1 || need+=("$p"); done
+for p in mingw-w64 wine64 fonts-dejavu-core; do dpkg -s "$p" >/dev/null 2>&1 || need+=("$p"); done
 if [ ${#need[@]} -gt 0 ]; then apt-get install -y --no-install-recommends "${need[@]}" >/dev/null; fi
 x86_64-w64-mingw32-g++-posix --version | head -1
 $WINE --version
@@ -82,6 +82,6 @@ entry_class() {
 NETCORE_WRAPPER_NETCORE_DIR_orvane=$($WINE winepath -w "$layout/runtime" 2>/dev/null) \
 NETCORE_WRAPPER_ASSEMBLY_DIR_orvane=$($WINE winepath -w "$layout/assemblies" 2>/dev/null) \
     $WINE "$out/native/runtime_check.exe" "$(entry_class Bitmap)" "$(entry_class Graphics)" \
-    "$(entry_class SolidBrush)" "$(entry_class Image)" || status=1
+    "$(entry_class SolidBrush)" "$(entry_class Image)" "$(entry_class Font)" || status=1
 
 exit $status

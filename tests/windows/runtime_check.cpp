@@ -1,8 +1,8 @@
 // Start-up check on Windows without Python: the host starts coreclr.dll through the loader DLL, binds
 // ExchangeHost and ObjectHost entries of the real interop assembly, and draws with System.Drawing.Bitmap
 // over the system's GDI+. The discovery variables name the layout, as the Python package sets them.
-//   runtime_check.exe <Bitmap> <Graphics> <SolidBrush> <Image>   (the generated entry classes of these
-//   System.Drawing types, looked up by the driver script)
+//   runtime_check.exe <Bitmap> <Graphics> <SolidBrush> <Image> <Font>   (the generated entry classes of
+//   these System.Drawing types, looked up by the driver script)
 // Prints one line per check and exits with the number of failed checks.
 #include <windows.h>
 
@@ -67,14 +67,15 @@ Fn bind(host::HostRuntime& rt, const char* class_name, const char* method) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 5) {
-        std::fprintf(stderr, "usage: runtime_check <Bitmap> <Graphics> <SolidBrush> <Image> (entry classes)\n");
+    if (argc != 6) {
+        std::fprintf(stderr, "usage: runtime_check <Bitmap> <Graphics> <SolidBrush> <Image> <Font> (entry classes)\n");
         return 2;
     }
     const char* bitmap_class = argv[1];
     const char* graphics_class = argv[2];
     const char* brush_class = argv[3];
     const char* image_class = argv[4];
+    const char* font_class = argv[5];
     host::HostRuntime& rt = host::host_runtime_instance(u"3.1", false, u"orvane", u"pyfigura");
     check(rt.domain_initialized, "runtime started from " + rt.runtime_directory);
 
@@ -129,10 +130,34 @@ int main(int argc, char** argv) {
     intptr_t graphics = from_image(bitmap);
     intptr_t brush = new_brush(&red);
     fill(graphics, brush, 0, 0, 2, 2);
-    dispose(graphics);
     get_pixel(bitmap, 0, 0, &read);
     check(g_error.empty() && read.a == 255 && read.r == 255 && read.g == 0 && read.b == 0,
           "Graphics.FromImage + FillRectangle(SolidBrush red) " + g_error);
+
+    // Text: a font of the system's (DejaVu Sans, from fontconfig under Wine) drawn on a larger bitmap.
+    auto new_font = bind<intptr_t (*)(const StringArg*, float)>(rt, font_class, "ctor_012_Font");
+    auto draw_string = bind<void (*)(intptr_t, const StringArg*, intptr_t, intptr_t, float, float)>(
+        rt, graphics_class, "call_000_DrawString");
+    const std::u16string family = u"DejaVu Sans", word = u"Orvane";
+    const StringArg family_arg{static_cast<int32_t>(family.size()), 2, family.data()};
+    const StringArg word_arg{static_cast<int32_t>(word.size()), 2, word.data()};
+    intptr_t font = new_font(&family_arg, 14.0f);
+    check(font != 0 && g_error.empty(), "new Font(\"DejaVu Sans\", 14) " + g_error);
+    intptr_t canvas = create(80, 24);
+    intptr_t canvas_graphics = from_image(canvas);
+    draw_string(canvas_graphics, &word_arg, font, brush, 0.0f, 0.0f);
+    int inked = 0;
+    for (int y = 0; y < 24; ++y)
+        for (int x = 0; x < 80; ++x) {
+            get_pixel(canvas, x, y, &read);
+            if (read.a != 0) ++inked;
+        }
+    check(g_error.empty() && inked > 40, "DrawString inks " + std::to_string(inked) + " pixels " + g_error);
+    for (intptr_t handle : {canvas_graphics, canvas, font}) {
+        dispose(handle);
+        free_instance(handle);
+    }
+    dispose(graphics);
 
     // Files: saved as PNG (the default encoder of a file without format) and read back.
     auto save = bind<void (*)(intptr_t, const StringArg*)>(rt, image_class, "call_000_Save");
