@@ -73,15 +73,29 @@ status=0
 ( cd "$out/native" && $WINE host_tests.exe --gtest_filter=HostStartWindows.* ) || status=1
 
 step "runtime_check.exe under wine64: coreclr.dll, ExchangeHost, ObjectHost, System.Drawing.Bitmap"
-# The generated entry class of a System.Drawing type, as namespace.class.
-entry_class() {
-    local file
-    file=$(grep -rlx "// Interop entries: System.Drawing.$1." "$build/gen/managed")
-    echo "$(sed -n 's/^namespace \([A-Za-z0-9_.]*\)$/\1/p' "$file").$(sed -n 's/^ *public static unsafe class \([A-Za-z0-9_]*\)$/\1/p' "$file")"
+# A generated entry of a System.Drawing type found by its signature, as Key=Namespace.Class::method.
+entry() {  # entry <key> <type> <entry-name pattern> <parameters, a grep pattern>
+    local file namespace class method
+    file=$(grep -rlx "// Interop entries: System.Drawing.$2." "$build/gen/managed")
+    namespace=$(sed -n 's/^namespace \([A-Za-z0-9_.]*\)$/\1/p' "$file")
+    class=$(sed -n 's/^ *public static unsafe class \([A-Za-z0-9_]*\)$/\1/p' "$file")
+    method=$(grep -o "public static [A-Za-z]* $3($4)" "$file" | head -n 1 | sed 's/.* \([A-Za-z0-9_]*\)(.*/\1/')
+    echo "$1=$namespace.$class::$method"
 }
+entries=(
+    "$(entry NewBitmap Bitmap 'ctor_[0-9]*_Bitmap' 'int width, int height')"
+    "$(entry LoadBitmap Bitmap 'ctor_[0-9]*_Bitmap' 'StringArg\* filename')"
+    "$(entry SetPixel Bitmap 'call_[0-9]*_SetPixel' 'IntPtr __self, int x, int y, ColorValue\* color')"
+    "$(entry GetPixel Bitmap 'call_[0-9]*_GetPixel' 'IntPtr __self, int x, int y, ColorValue\* __result')"
+    "$(entry FromImage Graphics 'call_[0-9]*_FromImage' 'IntPtr image')"
+    "$(entry FillRectangle Graphics 'call_[0-9]*_FillRectangle' 'IntPtr __self, IntPtr brush, int x, int y, int width, int height')"
+    "$(entry DrawString Graphics 'call_[0-9]*_DrawString' 'IntPtr __self, StringArg\* s, IntPtr font, IntPtr brush, float x, float y')"
+    "$(entry NewSolidBrush SolidBrush 'ctor_[0-9]*_SolidBrush' 'ColorValue\* color')"
+    "$(entry Save Image 'call_[0-9]*_Save' 'IntPtr __self, StringArg\* filename')"
+    "$(entry NewFont Font 'ctor_[0-9]*_Font' 'StringArg\* family_name, float em_size')"
+)
 NETCORE_WRAPPER_NETCORE_DIR_orvane=$($WINE winepath -w "$layout/runtime" 2>/dev/null) \
 NETCORE_WRAPPER_ASSEMBLY_DIR_orvane=$($WINE winepath -w "$layout/assemblies" 2>/dev/null) \
-    $WINE "$out/native/runtime_check.exe" "$(entry_class Bitmap)" "$(entry_class Graphics)" \
-    "$(entry_class SolidBrush)" "$(entry_class Image)" "$(entry_class Font)" || status=1
+    COREHOST_TRACE=${COREHOST_TRACE:-} $WINE "$out/native/runtime_check.exe" "${entries[@]}" || status=1
 
 exit $status

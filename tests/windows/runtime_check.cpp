@@ -1,14 +1,15 @@
 // Start-up check on Windows without Python: the host starts coreclr.dll through the loader DLL, binds
 // ExchangeHost and ObjectHost entries of the real interop assembly, and draws with System.Drawing.Bitmap
 // over the system's GDI+. The discovery variables name the layout, as the Python package sets them.
-//   runtime_check.exe <Bitmap> <Graphics> <SolidBrush> <Image> <Font>   (the generated entry classes of
-//   these System.Drawing types, looked up by the driver script)
+//   runtime_check.exe Key=Class::method ...   (the generated System.Drawing entries it calls, which the
+//   driver script looks up by their signatures; the keys are those of kDrawingEntries)
 // Prints one line per check and exits with the number of failed checks.
 #include <windows.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <string>
 
 #include "host/core/host_runtime.h"
@@ -52,6 +53,11 @@ void check(bool ok, const std::string& what) {
     if (!ok) ++g_failures;
 }
 
+// The generated entries called below, by key: given on the command line as Key=Class::method.
+const char* const kDrawingEntries[] = {"NewBitmap", "LoadBitmap", "SetPixel", "GetPixel", "FromImage",
+                                       "FillRectangle", "DrawString", "NewSolidBrush", "Save", "NewFont"};
+std::map<std::string, std::pair<std::string, std::string>> g_entries;
+
 template <typename Fn>
 Fn bind(host::HostRuntime& rt, const char* class_name, const char* method) {
     void* entry = nullptr;
@@ -64,18 +70,27 @@ Fn bind(host::HostRuntime& rt, const char* class_name, const char* method) {
     return reinterpret_cast<Fn>(entry);
 }
 
+template <typename Fn>
+Fn bind_drawing(host::HostRuntime& rt, const char* key) {
+    const auto& entry = g_entries.at(key);
+    return bind<Fn>(rt, entry.first.c_str(), entry.second.c_str());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 6) {
-        std::fprintf(stderr, "usage: runtime_check <Bitmap> <Graphics> <SolidBrush> <Image> <Font> (entry classes)\n");
-        return 2;
+    for (int i = 1; i < argc; ++i) {
+        std::string arg = argv[i];
+        size_t equals = arg.find('='), colons = arg.find("::");
+        if (equals != std::string::npos && colons != std::string::npos && colons > equals)
+            g_entries[arg.substr(0, equals)] = {arg.substr(equals + 1, colons - equals - 1), arg.substr(colons + 2)};
     }
-    const char* bitmap_class = argv[1];
-    const char* graphics_class = argv[2];
-    const char* brush_class = argv[3];
-    const char* image_class = argv[4];
-    const char* font_class = argv[5];
+    for (const char* key : kDrawingEntries) {
+        if (g_entries.count(key) == 0) {
+            std::fprintf(stderr, "usage: runtime_check Key=Class::method ...; no entry for %s\n", key);
+            return 2;
+        }
+    }
     host::HostRuntime& rt = host::host_runtime_instance(u"3.1", false, u"orvane", u"pyfigura");
     check(rt.domain_initialized, "runtime started from " + rt.runtime_directory);
 
@@ -90,10 +105,9 @@ int main(int argc, char** argv) {
     auto to_string = bind<int32_t (*)(intptr_t, void**)>(rt, kObject, "ToStringOfObj");
     auto dispose = bind<void (*)(intptr_t)>(rt, kObject, "Dispose");
 
-    auto create = bind<intptr_t (*)(int32_t, int32_t)>(rt, bitmap_class, "ctor_003_Bitmap");
-    auto set_pixel = bind<void (*)(intptr_t, int32_t, int32_t, const ColorValue*)>(rt, bitmap_class,
-                                                                                    "call_000_SetPixel");
-    auto get_pixel = bind<void (*)(intptr_t, int32_t, int32_t, ColorValue*)>(rt, bitmap_class, "call_000_GetPixel");
+    auto create = bind_drawing<intptr_t (*)(int32_t, int32_t)>(rt, "NewBitmap");
+    auto set_pixel = bind_drawing<void (*)(intptr_t, int32_t, int32_t, const ColorValue*)>(rt, "SetPixel");
+    auto get_pixel = bind_drawing<void (*)(intptr_t, int32_t, int32_t, ColorValue*)>(rt, "GetPixel");
 
     intptr_t bitmap = create(4, 3);
     check(bitmap != 0 && g_error.empty(), "new Bitmap(4, 3) " + g_error);
@@ -122,10 +136,9 @@ int main(int argc, char** argv) {
     g_error.clear();
 
     // Drawing: a brush fills a corner through Graphics.FromImage.
-    auto from_image = bind<intptr_t (*)(intptr_t)>(rt, graphics_class, "call_000_FromImage");
-    auto fill = bind<void (*)(intptr_t, intptr_t, int32_t, int32_t, int32_t, int32_t)>(rt, graphics_class,
-                                                                                       "call_003_FillRectangle");
-    auto new_brush = bind<intptr_t (*)(const ColorValue*)>(rt, brush_class, "ctor_000_SolidBrush");
+    auto from_image = bind_drawing<intptr_t (*)(intptr_t)>(rt, "FromImage");
+    auto fill = bind_drawing<void (*)(intptr_t, intptr_t, int32_t, int32_t, int32_t, int32_t)>(rt, "FillRectangle");
+    auto new_brush = bind_drawing<intptr_t (*)(const ColorValue*)>(rt, "NewSolidBrush");
     const ColorValue red{255, 255, 0, 0, 0};
     intptr_t graphics = from_image(bitmap);
     intptr_t brush = new_brush(&red);
@@ -135,9 +148,9 @@ int main(int argc, char** argv) {
           "Graphics.FromImage + FillRectangle(SolidBrush red) " + g_error);
 
     // Text: a font of the system's (DejaVu Sans, from fontconfig under Wine) drawn on a larger bitmap.
-    auto new_font = bind<intptr_t (*)(const StringArg*, float)>(rt, font_class, "ctor_012_Font");
-    auto draw_string = bind<void (*)(intptr_t, const StringArg*, intptr_t, intptr_t, float, float)>(
-        rt, graphics_class, "call_000_DrawString");
+    auto new_font = bind_drawing<intptr_t (*)(const StringArg*, float)>(rt, "NewFont");
+    auto draw_string = bind_drawing<void (*)(intptr_t, const StringArg*, intptr_t, intptr_t, float, float)>(
+        rt, "DrawString");
     const std::u16string family = u"DejaVu Sans", word = u"Orvane";
     const StringArg family_arg{static_cast<int32_t>(family.size()), 2, family.data()};
     const StringArg word_arg{static_cast<int32_t>(word.size()), 2, word.data()};
@@ -160,8 +173,8 @@ int main(int argc, char** argv) {
     dispose(graphics);
 
     // Files: saved as PNG (the default encoder of a file without format) and read back.
-    auto save = bind<void (*)(intptr_t, const StringArg*)>(rt, image_class, "call_000_Save");
-    auto load = bind<intptr_t (*)(const StringArg*)>(rt, bitmap_class, "ctor_000_Bitmap");
+    auto save = bind_drawing<void (*)(intptr_t, const StringArg*)>(rt, "Save");
+    auto load = bind_drawing<intptr_t (*)(const StringArg*)>(rt, "LoadBitmap");
     wchar_t temp[MAX_PATH + 1] = {};
     GetTempPathW(MAX_PATH, temp);
     std::u16string path = reinterpret_cast<const char16_t*>(temp);
