@@ -96,6 +96,6 @@ entries=(
 )
 NETCORE_WRAPPER_NETCORE_DIR_orvane=$($WINE winepath -w "$layout/runtime" 2>/dev/null) \
 NETCORE_WRAPPER_ASSEMBLY_DIR_orvane=$($WINE winepath -w "$layout/assemblies" 2>/dev/null) \
-    COREHOST_TRACE=${COREHOST_TRACE:-} $WINE "$out/native/runtime_check.exe" "${entries[@]}" || status=1
+    $WINE "$out/native/runtime_check.exe" "${entries[@]}" || status=1
 
 exit $status
