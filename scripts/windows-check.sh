@@ -53,7 +53,7 @@ version=$(dotnet --list-runtimes | awk -v m="$major" '$1 == "Microsoft.NETCore.A
     | sort -V | tail -n 1)
 mkdir -p "$out/restore"
 cp cmake/windows/RuntimePack.csproj "$out/restore/"
-dotnet restore "$out/restore/RuntimePack.csproj" -p:RuntimeVersion="$version" --packages "$out/packages" \
+env -u COREHOST_TRACE dotnet restore "$out/restore/RuntimePack.csproj" -p:RuntimeVersion="$version" --packages "$out/packages" \
     --nologo -v quiet
 pack=$out/packages/microsoft.netcore.app.runtime.win-x64/$version/runtimes/win-x64
 layout=$out/layout
@@ -61,7 +61,7 @@ runtime_dir=$layout/runtime/netcore$major.$(echo "$version" | cut -d. -f2)
 rm -rf "$layout" && mkdir -p "$runtime_dir" "$layout/assemblies"
 cp "$pack"/native/* "$pack"/lib/net$major.0/*.dll "$runtime_dir/"
 cp "$out/native/orvane.embed.coreclrwrap.dll" "$runtime_dir/"
-dotnet publish managed/WrpInterop.Orvane.PyFigura.csproj -c Release -r win-x64 --self-contained false \
+env -u COREHOST_TRACE dotnet publish managed/WrpInterop.Orvane.PyFigura.csproj -c Release -r win-x64 --self-contained false \
     -p:PublishReadyToRun=false --artifacts-path "$out/artifacts" -o "$layout/assemblies/pyfigura" --nologo -v quiet
 echo "runtime $version: $runtime_dir ($(ls "$runtime_dir" | wc -l) files)"
 ls "$layout/assemblies/pyfigura"
