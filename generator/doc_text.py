@@ -114,6 +114,17 @@ def method_doc(names, owner, method, static=None):
     return head + "\n".join(lines) + f"\n\n{kind}."
 
 
+def python_method_doc(pm):
+    """Docstring of a method written in Python: its text signature from the stub parameters, then its text."""
+    first = "$type" if pm["form"] == "class" else "$self"
+    params = [first]
+    for p in filter(None, (p.strip() for p in pm["params"].split(","))):
+        name, _, rest = p.partition(":")
+        default = rest.partition("=")[2].strip()
+        params.append(f"{name.strip()}={default}" if default else name.strip())
+    return f"{pm['name']}({', '.join(params)}, /)\n--\n\n{pm['doc']}"
+
+
 def constructor_doc(names, owner):
     """Class docstring: the managed type, then the constructor overloads."""
     short = owner["name"].split(".")[-1]

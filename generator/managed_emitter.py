@@ -75,6 +75,7 @@ NUMBER_RESULTS = {
     "System.Int16": ("short", "{0}"),
     "System.Int32": ("int", "{0}"),
     "System.Int64": ("long", "{0}"),
+    "System.IntPtr": ("long", "(long){0}"),
     "System.Single": ("float", "{0}"),
     "System.Double": ("double", "{0}"),
 }

@@ -44,6 +44,7 @@ class ClassEmitter:
         self.entries = cls["entries"]
         self.lines = []
         self.names = doc_text.TypeNames(model, cls["module"])
+        self.method = None  # the method whose trials are being emitted
 
     # --- helpers -------------------------------------------------------------------------------
     def out(self, text=""):
@@ -145,6 +146,12 @@ class ClassEmitter:
             lines.append(f"{pad}reinterpret_cast<WrapperObject*>(self)->handle = {call};")
             lines.append(f"{pad}return PyErr_Occurred() ? -1 : 0;")
             return locals_, units, lines
+        bits = (self.method or {}).get("bits")
+        if bits == "unlock":
+            # No unlock while a buffer view of the locked memory is still exported.
+            data = trial["params"][0]["name"]
+            lines.append(f"{pad}PyObject* const bits = argument_object(args, kwargs, 0, {c_string(data)});")
+            lines.append(f"{pad}if (!locked_bits_may_end(bits)) return {failure};")
         if ret == "void":
             lines.append(f"{pad}{call};")
         else:
@@ -163,6 +170,12 @@ class ClassEmitter:
             make = f"{result.wrap}(r)"
         else:
             make = f"{result.wrap}(&r)"
+        if bits == "unlock":
+            lines.append(f"{pad}locked_bits_end(bits);")
+        elif bits == "lock":
+            # The view's geometry is taken from the lock's own result, once.
+            mode = next(i for i, p in enumerate(trial["params"]) if p["name"] == "flags")
+            make = f"locked_bits_begin({make}, self, a{mode})"
         if not lists:
             lines.append(f"{pad}return {make};")
             return locals_, units, lines
@@ -342,9 +355,12 @@ class ClassEmitter:
                 continue
             static = method["form"] == "static"
             fname = f"m_{name}"
+            self.method = method
             flags = self.emit_method_function(fname, method["trials"], static)
+            self.method = None
             doc = doc_text.c_literal(doc_text.method_doc(self.names, self.cls, method))
             rows.append(f'{{{c_string(name)}, reinterpret_cast<PyCFunction>({fname}), {flags}, {doc}}}')
+        rows += self.emit_python_methods()
         if self.cls.get("context_manager"):
             rows.insert(0, "WRAPPER_CONTEXT_METHODS")
         self.out(f"PyMethodDef g_methods[] = {{")
@@ -353,6 +369,21 @@ class ClassEmitter:
         self.out("    {nullptr, nullptr, 0, nullptr}};")
         self.out()
         self.mixed = mixed
+
+    def emit_python_methods(self):
+        """Methods written in Python (api key `python_methods`): a row that forwards to the function."""
+        rows = []
+        for pm in self.cls.get("python_methods", []):
+            module, _, function = pm["function"].rpartition(".")
+            fname = "py_" + pm["name"].strip("_")
+            self.out(f"PyObject* {fname}(PyObject* self, PyObject* args, PyObject* kwargs) {{")
+            self.out(f"    return call_python_method({c_string(module)}, {c_string(function)}, self, args, kwargs);")
+            self.out("}")
+            self.out()
+            flags = "METH_VARARGS | METH_KEYWORDS" + (" | METH_CLASS" if pm["form"] == "class" else "")
+            doc = doc_text.c_literal(doc_text.python_method_doc(pm))
+            rows.append(f'{{{c_string(pm["name"])}, reinterpret_cast<PyCFunction>({fname}), {flags}, {doc}}}')
+        return rows
 
     def out_method_row_funcs(self, fname, trials, static):
         # The static form of a mixed method always takes arguments and keywords.
@@ -505,6 +536,8 @@ class ClassEmitter:
             self.out("    t.tp_getset = g_getset;")
         if base:
             self.out(f"    t.tp_base = &{ident(base)}_Type;")
+        if self.cls.get("buffer"):
+            self.out(f"    t.tp_as_buffer = &{self.cls['buffer']}_buffer_procs;")
         if self.cls.get("collection"):
             self.out("    t.tp_iter = iterable_iter;")
             self.out("    t.tp_as_sequence = &g_sequence;")

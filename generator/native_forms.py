@@ -22,6 +22,7 @@ SCALAR_RESULTS = {
     ("uint", None): ("uint8_t", "PyLong_FromLong(r)"),
     ("int", "System.Int16"): ("int16_t", "PyLong_FromLong(r)"),
     ("int", "System.Int64"): ("int64_t", "PyLong_FromLongLong(r)"),
+    ("int", "System.IntPtr"): ("int64_t", "PyLong_FromLongLong(r)"),
     ("int", None): ("int32_t", "PyLong_FromLong(r)"),
     ("float", "System.Double"): ("double", "PyFloat_FromDouble(r)"),
     ("float", None): ("float", "PyFloat_FromDouble(r)"),

@@ -122,6 +122,12 @@ class ModuleStub:
         if not cls.get("no_constructor") and cls["constructors"]:
             self.callable_rows("__init__", cls["constructors"], body, False, lambda t: "None")
         self.methods(cls, body)
+        for pm in cls.get("python_methods", []):
+            params = ", " + pm["params"] if pm["params"] else ""
+            if pm["form"] == "class":
+                self.out("@classmethod", body)
+            self.out(f"def {pm['name']}({'cls' if pm['form'] == 'class' else 'self'}{params}) -> {pm['result']}: ...",
+                     body)
         self.attributes(cls, body)
         if cls.get("context_manager"):
             self.out("def __enter__(self) -> Self: ...", body)

@@ -74,3 +74,9 @@ private:
     size_t made_ = 0;
     size_t stored_ = 0;
 };
+
+// The argument object of a parsed call at `index`, positional or by keyword (borrowed; null if absent).
+inline PyObject* argument_object(PyObject* args, PyObject* kwargs, Py_ssize_t index, const char* keyword) {
+    if (index < PyTuple_GET_SIZE(args)) return PyTuple_GET_ITEM(args, index);
+    return kwargs != nullptr ? PyDict_GetItemString(kwargs, keyword) : nullptr;
+}

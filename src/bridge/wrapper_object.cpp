@@ -51,6 +51,11 @@ PyObject* compare_through(InstanceHandle a, InstanceHandle b, int op,
 
 void class_dealloc(PyObject* self) {
     WrapperObject* w = reinterpret_cast<WrapperObject*>(self);
+    if (w->extras != nullptr) {
+        WrapperExtras* extras = w->extras;
+        w->extras = nullptr;
+        extras->release(extras);
+    }
     // In a forked child the handle belongs to the parent's runtime: the wrapper just goes.
     if (w->handle != 0 && !host::in_forked_child()) {
         exchange_host().FreeInstance(w->handle);
@@ -98,8 +103,15 @@ PyObject* wrapper_enter(PyObject* self, PyObject*) {
     return self;
 }
 
+namespace {
+DisposeGuard g_dispose_guard = nullptr;
+}
+
+void set_dispose_guard(DisposeGuard guard) { g_dispose_guard = guard; }
+
 PyObject* wrapper_exit(PyObject* self, PyObject*) {
     REFUSE_IN_FORKED_CHILD(nullptr);
+    if (g_dispose_guard != nullptr && !g_dispose_guard(self)) return nullptr;
     object_host().Dispose(handle_of(self));
     if (PyErr_Occurred()) return nullptr;
     Py_RETURN_NONE;

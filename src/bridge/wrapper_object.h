@@ -4,9 +4,15 @@
 
 #include "host/entry_tables.h"
 
+// State a few wrapper types attach to their objects (the locked pixels of a BitmapData); most have none.
+struct WrapperExtras {
+    void (*release)(WrapperExtras* extras);  // from dealloc, under the interpreter lock
+};
+
 struct WrapperObject {
     PyObject_HEAD
     InstanceHandle handle;
+    WrapperExtras* extras;
 };
 
 enum InstanceKind : int32_t { kInstanceClass = 0, kInstanceStruct = 1 };
@@ -40,6 +46,10 @@ int no_constructor_init(PyObject* self, PyObject* args, PyObject* kwargs);
 PyObject* wrapper_enter(PyObject* self, PyObject* unused);
 PyObject* wrapper_exit(PyObject* self, PyObject* args);
 PyObject* wrapper_dispose(PyObject* self, PyObject* unused);
+// Asked before every dispose: false, with an exception set, keeps the object as it is (memory of it
+// is still lent out). The layer that lends such memory installs it.
+using DisposeGuard = bool (*)(PyObject* self);
+void set_dispose_guard(DisposeGuard guard);
 #define WRAPPER_CONTEXT_METHODS                                                                          \
     {"__enter__", (PyCFunction)wrapper_enter, METH_NOARGS, "__enter__($self, /)\n--\n\nReturns the object itself."}, \
     {"__exit__", (PyCFunction)wrapper_exit, METH_VARARGS,                                                \

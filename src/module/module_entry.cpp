@@ -2,6 +2,7 @@
 #include "module/module_entry.h"
 
 #include "host/entry_tables.h"
+#include "interop/locked_bits.h"
 #include "module/dependency_import.h"
 #include "module/init_failures.h"
 #include "module/interned_names.h"
@@ -48,6 +49,8 @@ PyMODINIT_FUNC PyInit_pyfigura() {
 
     if (start_host_and_bind(u"3.1", kAssemblyName, false, u"orvane", u"pyfigura") < 0)
         return fail(InitCode::HostStart);
+
+    install_locked_bits_guard();
 
     PyObject* root = create_root_module();
     if (root == nullptr) return fail(InitCode::RootCreate);
