@@ -98,4 +98,9 @@ NETCORE_WRAPPER_NETCORE_DIR_orvane=$($WINE winepath -w "$layout/runtime" 2>/dev/
 NETCORE_WRAPPER_ASSEMBLY_DIR_orvane=$($WINE winepath -w "$layout/assemblies" 2>/dev/null) \
     $WINE "$out/native/runtime_check.exe" "${entries[@]}" || status=1
 
+step "Wine's own GDI+, for comparison: a plain .NET program over System.Drawing (informational)"
+env -u COREHOST_TRACE dotnet publish tools/windows/gdiplus-probe/GdiplusProbe.csproj -c Release \
+    --artifacts-path "$out/artifacts" -o "$out/gdiplus-probe" --nologo -v quiet
+$WINE "$out/gdiplus-probe/GdiplusProbe.exe" || true
+
 exit $status
