@@ -7,10 +7,11 @@ using System.IO;
 
 static class Program
 {
-    static int failures;
+    static int failures, probes;
 
     static void Probe(string what, Func<string> body)
     {
+        probes++;
         try
         {
             Console.WriteLine($"OK   {what}: {body()}");
@@ -97,7 +98,7 @@ static class Program
             return $"{region.IsVisible(7, 7)} {region.IsVisible(2, 2)}";
         });
         Probe("Icon from a bitmap", () => { using var icon = Icon.FromHandle(bitmap.GetHicon()); return icon.Size.ToString(); });
-        Console.WriteLine($"{failures} failed");
+        Console.WriteLine($"{failures} of {probes} probes failed");
         return failures;
     }
 }
