@@ -111,16 +111,19 @@ TEST(WindowsDynamicLibrary, LoadsByPathJoinsByNameAndBalancesItsReferences) {
         first.load(path, name);
         EXPECT_TRUE(first.loaded_here());
         EXPECT_NE(first.symbol("coreclr_wrap_load"), nullptr);
-        host::DynamicLibrary second;
-        second.load("C:\\nonexistent\\orvane.embed.coreclrwrap.dll", name);
-        EXPECT_FALSE(second.loaded_here());
-        EXPECT_EQ(second.symbol("coreclr_wrap_load"), first.symbol("coreclr_wrap_load"));
-        try {
-            second.symbol("coreclr_wrap_absent");
-            ADD_FAILURE() << "no exception";
-        } catch (const std::runtime_error& e) {
-            EXPECT_STREQ(e.what(), "No such symbol: coreclr_wrap_absent");
+        {
+            host::DynamicLibrary second;
+            second.load("C:\\nonexistent\\orvane.embed.coreclrwrap.dll", name);
+            EXPECT_FALSE(second.loaded_here());
+            EXPECT_EQ(second.symbol("coreclr_wrap_load"), first.symbol("coreclr_wrap_load"));
+            try {
+                second.symbol("coreclr_wrap_absent");
+                ADD_FAILURE() << "no exception";
+            } catch (const std::runtime_error& e) {
+                EXPECT_STREQ(e.what(), "No such symbol: coreclr_wrap_absent");
+            }
         }
+        EXPECT_NE(GetModuleHandleA(name), nullptr) << "the handle joined by name held a reference of its own";
     }
     EXPECT_EQ(GetModuleHandleA(name), nullptr) << "both handles are freed";
     host::DynamicLibrary absent;
