@@ -1,7 +1,13 @@
-// The Windows half of the platform layer as the host core sees it: paths, environment, error texts,
-// directory scans and library loading, with non-ASCII paths throughout.
+// The Windows half of the platform layer as the host core sees it: paths, environment, error texts, the
+// trace's line ends, directory scans and library loading, with non-ASCII paths throughout.
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
 #include <windows.h>
 
+#include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -72,6 +78,31 @@ TEST(WindowsErrorText, SystemMessagesAreCutAtTheLineEndAndUnknownCodesFormatted)
     EXPECT_EQ(host::platform_error_text(0xFFFFFFFFu), "Unknown error: -1 (0xFFFFFFFF)");
     host::BaseException with_prefix("While starting", 2);
     EXPECT_EQ(std::string(with_prefix.what()), "While starting: " + host::platform_error_text(2));
+}
+
+TEST(WindowsTrace, LinesEndInOneCarriageReturnLineFeedOnATextModeOutput) {
+    // Standard output goes, at descriptor level, to a file opened in text mode; it is read back as bytes.
+    TempTree tree(L"trace");
+    const std::filesystem::path file = std::filesystem::u8path(tree.root()) / L"out.txt";
+    std::fflush(stdout);
+    const int saved = _dup(_fileno(stdout));
+    const int target = _wopen(file.c_str(), _O_CREAT | _O_TRUNC | _O_WRONLY | _O_TEXT, _S_IREAD | _S_IWRITE);
+    ASSERT_GE(target, 0);
+    _dup2(target, _fileno(stdout));
+    _close(target);
+    host::g_trace_enabled = false;
+    SetEnvironmentVariableW(L"COREHOST_TRACE", L"1");
+    host::read_trace_switch();
+    host::trace_line("NETCORE_DIR: '%s'", "C:\\runtime\\netcore1.0");
+    std::fflush(stdout);
+    _dup2(saved, _fileno(stdout));
+    _close(saved);
+    host::g_trace_enabled = false;
+    SetEnvironmentVariableW(L"COREHOST_TRACE", nullptr);
+
+    std::ifstream in(file, std::ios::binary);
+    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_EQ(bytes, "CLR host tracing enabled\r\nNETCORE_DIR: 'C:\\runtime\\netcore1.0'\r\n");
 }
 
 TEST(WindowsDiscovery, VersionedRuntimeDirectoriesAndAssemblyRootsInANonAsciiTree) {

@@ -78,6 +78,10 @@ void record_runtime_fault_handlers();
 void yield_runtime_fault_handlers();
 void reassert_runtime_fault_handlers();
 
+// Standard output passes the bytes written as they are. The trace ends its lines in CR LF itself: on
+// Windows a C runtime's standard output in text mode would turn that into CR CR LF.
+void use_untranslated_standard_output();
+
 // The platform's text for an error code; false when it has none.
 bool error_text(uint32_t code, std::string& text);
 

@@ -6,8 +6,11 @@
 #ifndef WIN32_LEAN_AND_MEAN
 #define WIN32_LEAN_AND_MEAN
 #endif
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 
+#include <cstdio>
 #include <cstring>
 
 namespace platform {
@@ -136,6 +139,11 @@ bool error_text(uint32_t code, std::string& text) {
     text = narrow(message, static_cast<int>(length));
     LocalFree(message);
     return true;
+}
+
+void use_untranslated_standard_output() {
+    std::fflush(stdout);
+    _setmode(_fileno(stdout), _O_BINARY);
 }
 
 // There is no fork on Windows, and the runtime catches managed faults with vectored exception
