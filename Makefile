@@ -63,6 +63,8 @@ bench: all test-assets
 # The native parts under AddressSanitizer and UndefinedBehaviorSanitizer (own build tree), with the
 # GoogleTest tests and the Python tests; the sanitizer runtime and libstdc++ are preloaded into Python.
 ASAN := $(BUILD)/asan
+# The Python tests run under the sanitizer; a subset: make test-asan ASAN_TESTS=tests/python/test_pixel_buffers.py
+ASAN_TESTS ?= tests/python
 SANITIZE := -fsanitize=address,undefined -fno-omit-frame-pointer
 ASAN_ENV := ASAN_OPTIONS=detect_leaks=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:allow_user_segv_handler=1:alloc_dealloc_mismatch=0:detect_odr_violation=0 \
     UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
@@ -78,7 +80,7 @@ test-asan: deps all test-assets
 	cd $(ASAN)/native && $(ASAN_ENV) ctest --output-on-failure
 	ORVANE_TEST_BUILD=$(abspath $(ASAN)) $(ASAN_ENV) \
 	    LD_PRELOAD="$$(gcc -print-file-name=libasan.so) $$(gcc -print-file-name=libstdc++.so)" \
-	    PYTHONPATH=$(ASAN)/python:$(ASAN)/native/tests $(PY) -m pytest -q -p no:cacheprovider tests/python
+	    PYTHONPATH=$(ASAN)/python:$(ASAN)/native/tests $(PY) -m pytest -q -p no:cacheprovider $(ASAN_TESTS)
 
 # Hostile images: 3,000 mutated files of eight formats; crashes are checked against a plain .NET program.
 fuzz: deps all

@@ -131,6 +131,9 @@ def constructor_doc(names, owner):
     trials = owner.get("constructors") or []
     kind = owner.get("managed_kind") or owner.get("shape", "type")
     text = f"Python view of the managed {kind} {owner['managed_name']}."
+    if owner.get("buffer"):
+        text += (" While its bits are locked it is a buffer: memoryview(data) and numpy.asarray(data) view the"
+                 " locked pixels without a copy, (height, width, 3|4) in B, G, R(, A) order for 24 and 32 bpp.")
     if owner.get("no_constructor") or not trials:
         return text + "\n\nNot constructed from Python; instances come from other members."
     head = signature_header(short, trials[0]["params"], True) if len(trials) == 1 else ""

@@ -142,7 +142,16 @@ class ClassEmitter:
             lines.append(f"{pad}{result.c_type} r{{}};")
         fn_type = f"{ret} (*)({', '.join(all_types)})"
         call = f"reinterpret_cast<{fn_type}>({self.slot(trial['entry'], trial.get('owner'))})({', '.join(all_args)})"
+        released = bool(trial.get("releases_gil"))
+        if released:
+            # Heavy managed work runs without the interpreter lock, its objects marked in use.
+            owner = "self" if self_arg and not constructor else "nullptr"
+            span = f"ReleasedCall released({owner}, args, kwargs);"
         if constructor:
+            if released:
+                lines.append(f"{pad}InstanceHandle made{{}};")
+                lines.append(f"{pad}{{ {span} made = {call}; }}")
+                call = "made"
             lines.append(f"{pad}reinterpret_cast<WrapperObject*>(self)->handle = {call};")
             lines.append(f"{pad}return PyErr_Occurred() ? -1 : 0;")
             return locals_, units, lines
@@ -153,7 +162,10 @@ class ClassEmitter:
             lines.append(f"{pad}PyObject* const bits = argument_object(args, kwargs, 0, {c_string(data)});")
             lines.append(f"{pad}if (!locked_bits_may_end(bits)) return {failure};")
         if ret == "void":
-            lines.append(f"{pad}{call};")
+            lines.append(f"{pad}{{ {span} {call}; }}" if released else f"{pad}{call};")
+        elif released:
+            lines.append(f"{pad}{ret} r{{}};")
+            lines.append(f"{pad}{{ {span} r = {call}; }}")
         else:
             lines.append(f"{pad}{ret} r = {call};")
         if result.kind == "object":  # a new reference may come back with the error: dropped
@@ -170,6 +182,11 @@ class ClassEmitter:
             make = f"{result.wrap}(r)"
         else:
             make = f"{result.wrap}(&r)"
+        partner = (self.method or {}).get("partner")
+        if partner:
+            # The result works on this argument (a Graphics on its Image): kept alive and locked with it.
+            index = next(i for i, p in enumerate(trial["params"]) if p["name"] == partner)
+            make = f"with_partner({make}, argument_object(args, kwargs, {index}, {c_string(partner)}))"
         if bits == "unlock":
             lines.append(f"{pad}locked_bits_end(bits);")
         elif bits == "lock":
@@ -316,6 +333,8 @@ class ClassEmitter:
         if static:
             self.out("    (void)self;")  # a static method has no instance
         self.out("    REFUSE_IN_FORKED_CHILD(nullptr);")
+        if not static:
+            self.emit_object_use()
         if noargs:
             self.out("    (void)args;")
             self.out("    (void)kwargs;")
@@ -331,6 +350,11 @@ class ClassEmitter:
         self.out("}")
         self.out()
         return flags
+
+    def emit_object_use(self):
+        """Instance members of classes mark their object in use for the call (a managed struct is a value)."""
+        if not self.is_struct():
+            self.out("    ObjectUse use(self);")
 
     def emit_methods(self):
         rows = []
@@ -400,6 +424,7 @@ class ClassEmitter:
             getter = f"get_{name}"
             self.out(f"PyObject* {getter}(PyObject* self, void*) {{")
             self.out("    REFUSE_IN_FORKED_CHILD(nullptr);")
+            self.emit_object_use()
             trial = {"entry": a["getter"], "params": []}
             _, _, lines = self.call_and_wrap(trial, "handle_of(self)", a["type"], a.get("clr"), 4)
             for line in lines:
@@ -414,6 +439,7 @@ class ClassEmitter:
                 self.out(f"int {setter}(PyObject* self, PyObject* value, void*) {{")
                 self.out("    if (value == nullptr) return refuse_attribute_delete();")
                 self.out("    REFUSE_IN_FORKED_CHILD(-1);")
+                self.emit_object_use()
                 if form.kind == "lease":
                     self.out("    BufferLeaseGuard v;")
                     self.out(f"    if (!{form.converter}(value, v.lease())) return -1;")

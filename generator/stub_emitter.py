@@ -122,6 +122,8 @@ class ModuleStub:
         if not cls.get("no_constructor") and cls["constructors"]:
             self.callable_rows("__init__", cls["constructors"], body, False, lambda t: "None")
         self.methods(cls, body)
+        if cls.get("buffer"):
+            self.out("def __buffer__(self, flags: int, /) -> memoryview: ...", body)
         for pm in cls.get("python_methods", []):
             params = ", " + pm["params"] if pm["params"] else ""
             if pm["form"] == "class":

@@ -167,6 +167,20 @@ PyObject* floor_get_pixel(PyObject* self, PyObject* args, PyObject* kwargs) {
     return wrap_pair(r, &g_color_type);
 }
 
+// The same call with the interpreter lock given up around the managed part, as heavy calls do.
+PyObject* floor_get_pixel_released(PyObject* self, PyObject* args, PyObject* kwargs) {
+    int32_t x = 0, y = 0;
+    static const char* const kw[] = {"x", "y", nullptr};
+    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "O&O&", const_cast<char**>(kw), convert_int32, &x, convert_int32, &y))
+        return nullptr;
+    Pair r{};
+    Py_BEGIN_ALLOW_THREADS
+    g_pixel(reinterpret_cast<FloorObject*>(self)->handle, x, y, &r);
+    Py_END_ALLOW_THREADS
+    if (PyErr_Occurred()) return nullptr;
+    return wrap_pair(r, &g_color_type);
+}
+
 PyObject* floor_add(PyObject*, PyObject* args, PyObject* kwargs) {
     Pair pt{}, sz{};
     static const char* const kw[] = {"pt", "sz", nullptr};
@@ -182,6 +196,8 @@ PyMethodDef g_methods[] = {{"set_resolution", reinterpret_cast<PyCFunction>(floo
                             METH_VARARGS | METH_KEYWORDS, nullptr},
                            {"get_pixel", reinterpret_cast<PyCFunction>(floor_get_pixel), METH_VARARGS | METH_KEYWORDS,
                             nullptr},
+                           {"get_pixel_released", reinterpret_cast<PyCFunction>(floor_get_pixel_released),
+                            METH_VARARGS | METH_KEYWORDS, nullptr},
                            {"from_argb", reinterpret_cast<PyCFunction>(floor_from_argb),
                             METH_VARARGS | METH_KEYWORDS | METH_STATIC, nullptr},
                            {"add", reinterpret_cast<PyCFunction>(floor_add), METH_VARARGS | METH_KEYWORDS | METH_STATIC,

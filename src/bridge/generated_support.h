@@ -8,6 +8,7 @@
 
 #include "bridge/class_binding.h"
 #include "bridge/fork_guard.h"
+#include "bridge/object_use.h"
 #include "bridge/descriptors.h"
 #include "bridge/overload_trials.h"
 #include "bridge/python_methods.h"

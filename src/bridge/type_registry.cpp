@@ -22,15 +22,6 @@ WrapperTypeRegistry& registry() {
     return instance;
 }
 
-PyTypeObject* lookup_name_of(InstanceHandle handle) {
-    WrapperTypeRegistry& r = registry();
-    std::u16string* name = exchange_host().GetTypeName(handle);
-    if (name == nullptr) return nullptr;
-    auto it = r.names.find(*name);
-    delete name;
-    return it == r.names.end() ? nullptr : it->second;
-}
-
 bool implements_implicitly(PyTypeObject* type, PyTypeObject* interface_type) {
     PyObject* set = PyDict_GetItem(type->tp_dict, interned(InternedName::ImplicitInterfaces));
     if (set == nullptr || !PyAnySet_Check(set)) return false;
@@ -52,6 +43,15 @@ PyTypeObject* registry_find_name(const std::u16string& managed_name) {
     return it == names.end() ? nullptr : it->second;
 }
 
+PyTypeObject* registry_find_by_handle(InstanceHandle handle) {
+    WrapperTypeRegistry& r = registry();
+    std::u16string* name = exchange_host().GetTypeName(handle);
+    if (name == nullptr) return nullptr;
+    auto it = r.names.find(*name);
+    delete name;
+    return it == r.names.end() ? nullptr : it->second;
+}
+
 PyTypeObject* registry_find_by_key(InstanceHandle handle, TypeKey key) {
     WrapperTypeRegistry& r = registry();
     {
@@ -59,7 +59,7 @@ PyTypeObject* registry_find_by_key(InstanceHandle handle, TypeKey key) {
         auto it = r.by_key.find(key);
         if (it != r.by_key.end()) return it->second;
     }
-    PyTypeObject* found = lookup_name_of(handle);
+    PyTypeObject* found = registry_find_by_handle(handle);
     if (found != nullptr) {
         std::lock_guard<std::mutex> lock(r.by_key_mutex);
         r.by_key[key] = found;
@@ -74,7 +74,7 @@ PyTypeObject* registry_find_by_typed_handle(const TypedHandle* typed) {
         auto it = r.by_key_typed.find(typed->type_key);
         if (it != r.by_key_typed.end()) return it->second;
     }
-    PyTypeObject* found = lookup_name_of(typed->handle);
+    PyTypeObject* found = registry_find_by_handle(typed->handle);
     std::lock_guard<std::mutex> lock(r.by_key_typed_mutex);
     r.by_key_typed[typed->type_key] = found;
     return found;

@@ -17,6 +17,9 @@ void registry_register(const char16_t* managed_name, PyTypeObject* type);
 // The type registered under a name, or null.
 PyTypeObject* registry_find_name(const std::u16string& managed_name);
 
+// Python type of the managed object behind a handle, by its managed name (no key to cache it by).
+PyTypeObject* registry_find_by_handle(InstanceHandle handle);
+
 // Python type of the managed object behind a handle; one name lookup per type key, then cached.
 PyTypeObject* registry_find_by_key(InstanceHandle handle, TypeKey key);
 PyTypeObject* registry_find_by_typed_handle(const TypedHandle* typed);

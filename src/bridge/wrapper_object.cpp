@@ -2,6 +2,7 @@
 #include "bridge/wrapper_object.h"
 
 #include "bridge/fork_guard.h"
+#include "bridge/object_use.h"
 #include "module/interned_names.h"
 
 namespace {
@@ -56,6 +57,7 @@ void class_dealloc(PyObject* self) {
         w->extras = nullptr;
         extras->release(extras);
     }
+    Py_CLEAR(w->partner);
     // In a forked child the handle belongs to the parent's runtime: the wrapper just goes.
     if (w->handle != 0 && !host::in_forked_child()) {
         exchange_host().FreeInstance(w->handle);
@@ -111,6 +113,7 @@ void set_dispose_guard(DisposeGuard guard) { g_dispose_guard = guard; }
 
 PyObject* wrapper_exit(PyObject* self, PyObject*) {
     REFUSE_IN_FORKED_CHILD(nullptr);
+    ObjectUse use(self);  // not while another thread draws with it
     if (g_dispose_guard != nullptr && !g_dispose_guard(self)) return nullptr;
     object_host().Dispose(handle_of(self));
     if (PyErr_Occurred()) return nullptr;

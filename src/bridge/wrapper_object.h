@@ -13,6 +13,10 @@ struct WrapperObject {
     PyObject_HEAD
     InstanceHandle handle;
     WrapperExtras* extras;
+    PyObject* partner;     // an object this one works on (the Image of a Graphics): kept alive, and in use with it
+    PyThreadState* user;   // the thread inside a call on this object, or null
+    int32_t depth;         // that thread's nested calls on it
+    int32_t waiters;       // threads waiting for it to be free
 };
 
 enum InstanceKind : int32_t { kInstanceClass = 0, kInstanceStruct = 1 };

@@ -1,5 +1,6 @@
 // Static layout of the callback tables. Rows are filled by the marshalling layer that owns them;
-// the null that ends some groups is a terminator the managed side reads, not a missing row.
+// the null that ends some groups is a terminator the managed side reads, not a missing row. Every
+// row takes the interpreter lock back first when its thread gave it up for a released call.
 #include "host/callback_tables.h"
 
 #include <Python.h>
@@ -7,8 +8,10 @@
 #include <cstdint>
 
 #include "bridge/type_registry.h"
+#include "host/released_calls.h"
 #include "interop/container_callbacks.h"
 #include "interop/element_callbacks.h"
+#include "interop/stream_callbacks.h"
 #include "marshal/buffer_marshal.h"
 #include "marshal/datetime_marshal.h"
 #include "marshal/decimal_marshal.h"
@@ -42,26 +45,26 @@ void* fn(Fn f) {
     return reinterpret_cast<void*>(f);
 }
 
-void* g_values_in[11] = {fn(expose_string),    fn(read_truth), fn(read_integer), fn(read_float),
-                         fn(decimal_in),    fn(decimal_in_tuple), fn(datetime_in), fn(date_in),
-                         fn(time_in),       fn(timedelta_in), fn(guid_in_quiet)};
-void* g_values_out[13] = {fn(wrap_by_key), fn(out_bool),   fn(out_int32), fn(out_uint32), fn(out_int64),
-                          fn(out_uint64), fn(out_double), fn(decimal_out), fn(datetime_out), fn(datetime_offset_out),
-                          fn(timedelta_out), fn(guid_out), fn(out_char)};
-void* g_buffers[4] = {fn(buffer_record_size), fn(zero_buffer_record), fn(acquire_buffer), fn(release_buffer_record)};
-void* g_references[4] = {fn(ref_add), fn(ref_drop), fn(ref_none), fn(wrap_by_key_quiet)};
-void* g_iteration[1] = {fn(iteration_next)};
-void* g_containers[12] = {fn(container_list_size),     fn(container_list_size),    fn(container_list_pop),
-                          fn(container_list_clear),    fn(container_sequence_size), fn(container_sequence_size),
-                          fn(container_iterator),      fn(container_object_size),  fn(container_new_list32),
-                          fn(container_new_list64),    fn(read_char_string),       nullptr};
-void* g_lists[12] = {fn(list_get),       fn(list_set),       fn(list_append),        fn(list_insert),
-                     fn(list_remove),    fn(list_contains),  fn(list_index),         fn(list_store),
-                     fn(list_wrap_ilist), fn(list_wrap_array_list), fn(list_wrap_array), nullptr};
-void* g_sequences[3] = {fn(sequence_get), fn(sequence_contains), fn(sequence_index)};
-void* g_streams[12] = {fn(stream_write),     fn(stream_write_byte), fn(stream_read),  fn(stream_read_byte),
-                       fn(stream_seek),      fn(stream_flush),      fn(stream_close), fn(stream_can_read),
-                       fn(stream_can_write), fn(stream_can_seek),   fn(stream_tell),  fn(stream_length)};
+void* g_values_in[11] = {locked_callback<expose_string>(),    locked_callback<read_truth>(), locked_callback<read_integer>(), locked_callback<read_float>(),
+                         locked_callback<decimal_in>(),    locked_callback<decimal_in_tuple>(), locked_callback<datetime_in>(), locked_callback<date_in>(),
+                         locked_callback<time_in>(),       locked_callback<timedelta_in>(), locked_callback<guid_in_quiet>()};
+void* g_values_out[13] = {locked_callback<wrap_by_key>(), locked_callback<out_bool>(),   locked_callback<out_int32>(), locked_callback<out_uint32>(), locked_callback<out_int64>(),
+                          locked_callback<out_uint64>(), locked_callback<out_double>(), locked_callback<decimal_out>(), locked_callback<datetime_out>(), locked_callback<datetime_offset_out>(),
+                          locked_callback<timedelta_out>(), locked_callback<guid_out>(), locked_callback<out_char>()};
+void* g_buffers[4] = {locked_callback<buffer_record_size>(), locked_callback<zero_buffer_record>(), locked_callback<acquire_buffer>(), locked_callback<release_buffer_record>()};
+void* g_references[4] = {locked_callback<ref_add>(), locked_callback<ref_drop>(), locked_callback<ref_none>(), locked_callback<wrap_by_key_quiet>()};
+void* g_iteration[1] = {locked_callback<iteration_next>()};
+void* g_containers[12] = {locked_callback<container_list_size>(),     locked_callback<container_list_size>(),    locked_callback<container_list_pop>(),
+                          locked_callback<container_list_clear>(),    locked_callback<container_sequence_size>(), locked_callback<container_sequence_size>(),
+                          locked_callback<container_iterator>(),      locked_callback<container_object_size>(),  locked_callback<container_new_list32>(),
+                          locked_callback<container_new_list64>(),    locked_callback<read_char_string>(),       nullptr};
+void* g_lists[12] = {locked_callback<list_get>(),       locked_callback<list_set>(),       locked_callback<list_append>(),        locked_callback<list_insert>(),
+                     locked_callback<list_remove>(),    locked_callback<list_contains>(),  locked_callback<list_index>(),         locked_callback<list_store>(),
+                     locked_callback<list_wrap_ilist>(), locked_callback<list_wrap_array_list>(), locked_callback<list_wrap_array>(), nullptr};
+void* g_sequences[3] = {locked_callback<sequence_get>(), locked_callback<sequence_contains>(), locked_callback<sequence_index>()};
+void* g_streams[12] = {locked_callback<stream_write>(),     locked_callback<stream_write_byte>(), locked_callback<stream_read>(),  locked_callback<stream_read_byte>(),
+                       locked_callback<stream_seek>(),      locked_callback<stream_flush>(),      locked_callback<stream_close>(), locked_callback<stream_can_read>(),
+                       locked_callback<stream_can_write>(), locked_callback<stream_can_seek>(),   locked_callback<stream_tell>(),  locked_callback<stream_length>()};
 
 void* const g_static_groups[9] = {g_values_in, g_values_out, g_buffers,   g_references, g_iteration,
                                   g_containers, g_lists,      g_sequences, g_streams};

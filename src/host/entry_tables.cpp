@@ -6,6 +6,7 @@
 #include "bridge/exception_bridge.h"
 #include "host/callback_tables.h"
 #include "host/core/host_runtime.h"
+#include "host/released_calls.h"
 #include "marshal/string_marshal.h"
 
 namespace {
@@ -120,12 +121,12 @@ int start_host_and_bind(const char16_t* runtime_version, const char* assembly_na
         PyErr_SetString(PyExc_TypeError, exchange.error_text.c_str());
         return -1;
     }
-    exchange.SetExceptionCallback(raise_proxy_error);
-    exchange.SetCatchAndClearErrorCallback(catch_and_clear_error);
-    exchange.SetU16StrBuilderCallback(build_u16_string);
-    exchange.SetPyStrBuilderCallback(build_py_string);
-    exchange.SetPyUnraisableStrBuilderCallback(build_py_string_quiet);
-    exchange.SetPyBytesBuilderCallback(build_py_bytes);
+    exchange.SetExceptionCallback(&WithInterpreterLock<raise_proxy_error>::call);
+    exchange.SetCatchAndClearErrorCallback(&WithInterpreterLock<catch_and_clear_error>::call);
+    exchange.SetU16StrBuilderCallback(&WithInterpreterLock<build_u16_string>::call);
+    exchange.SetPyStrBuilderCallback(&WithInterpreterLock<build_py_string>::call);
+    exchange.SetPyUnraisableStrBuilderCallback(&WithInterpreterLock<build_py_string_quiet>::call);
+    exchange.SetPyBytesBuilderCallback(&WithInterpreterLock<build_py_bytes>::call);
     exchange.SetPyStaticCallbacks(py_static_callbacks());
     exchange.SetPyGenericCallbacks(py_generic_callbacks());
     exchange.InitServices();

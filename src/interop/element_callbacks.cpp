@@ -2,6 +2,7 @@
 #include "interop/element_callbacks.h"
 
 #include "generated_classes.h"
+#include "host/released_calls.h"
 #include "marshal/array_marshal.h"
 #include "marshal/buffer_marshal.h"
 #include "marshal/scalar_marshal.h"
@@ -53,10 +54,6 @@ int32_t sequence_byte_array(PyObject* sequence, int32_t index, PyObject** held, 
     return 0;
 }
 
-template <typename Fn>
-void* fn(Fn f) {
-    return reinterpret_cast<void*>(f);
-}
 
 // Per kind, the list reader and the sequence reader.
 struct KindReaders {
@@ -66,12 +63,12 @@ struct KindReaders {
 
 template <ArgConverter Convert>
 KindReaders readers() {
-    return {fn(&list_element<Convert>), fn(&sequence_element<Convert>)};
+    return {locked_callback<&list_element<Convert>>(), locked_callback<&sequence_element<Convert>>()};
 }
 
 const KindReaders* kind_table() {
     static const KindReaders table[kElementKinds] = {
-        {fn(&list_byte_array), fn(&sequence_byte_array)},  // 0 byte array or buffer
+        {locked_callback<&list_byte_array>(), locked_callback<&sequence_byte_array>()},  // 0 byte array or buffer
         readers<CharacterRange_convert>(),                   // 1 InstanceArg
         readers<Color_convert>(),                            // 2
         readers<ColorMap_convert>(),                         // 3

@@ -76,11 +76,7 @@ PyTypeObject iterable_type_shape(const char* name) {
 
 PyObject* wrap_with_default(InstanceHandle handle, PyTypeObject* default_type) {
     if (handle == 0) Py_RETURN_NONE;
-    PyTypeObject* type = default_type;
-    if (std::u16string* name = exchange_host().GetTypeName(handle)) {
-        PyTypeObject* found = registry_find_name(*name);
-        delete name;
-        if (found != nullptr && PyType_IsSubtype(found, default_type)) type = found;
-    }
-    return wrap_exact(handle, type);
+    // Once per iter(): the enumerator entry hands out no type key, so the name is read each time.
+    PyTypeObject* found = registry_find_by_handle(handle);
+    return wrap_exact(handle, found != nullptr && PyType_IsSubtype(found, default_type) ? found : default_type);
 }

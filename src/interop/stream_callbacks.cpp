@@ -1,4 +1,6 @@
 // The streams group: each stream operation of managed code as one method call on a Python file object.
+#include "interop/stream_callbacks.h"
+
 #include <cstring>
 
 #include "interop/buffer_view.h"

@@ -18,6 +18,7 @@ static class Program
         ["texture_brushes"] = TextureBrushes.Draw,
         ["text_layout"] = TextLayout.Draw,
         ["dot_mosaic"] = DotMosaic.Draw,
+        ["numpy_toning"] = NumpyToning.Draw,
     };
 
     static int Usage()

@@ -1,0 +1,119 @@
+// Waiting for wrapped objects used by other threads, and the released managed call.
+#include "bridge/object_use.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+namespace {
+
+// One condition for every object: waits are rare (two threads on one object), and a generation
+// counter makes a wake-up between reading it and sleeping impossible to miss.
+std::mutex g_mutex;
+std::condition_variable g_free;
+uint64_t g_generation = 0;
+
+uint64_t current_generation() {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    return g_generation;
+}
+
+}  // namespace
+
+namespace object_use {
+
+void wait_until_free(WrapperObject* w, PyThreadState* me) {
+    ++w->waiters;
+    while (w->user != nullptr && w->user != me) {
+        const uint64_t seen = current_generation();
+        Py_BEGIN_ALLOW_THREADS
+        {  // the mutex is let go before the interpreter lock is taken back
+            std::unique_lock<std::mutex> lock(g_mutex);
+            g_free.wait(lock, [seen] { return g_generation != seen; });
+        }
+        Py_END_ALLOW_THREADS
+    }
+    --w->waiters;
+}
+
+void wake_waiters() {
+    {
+        std::lock_guard<std::mutex> lock(g_mutex);
+        ++g_generation;
+    }
+    g_free.notify_all();
+}
+
+}  // namespace object_use
+
+void ReleasedCall::add(PyObject* object) {
+    int32_t kind;
+    if (object == nullptr || !recognise_by_slot(object, &kind) || kind != kInstanceClass) return;
+    WrapperObject* w = reinterpret_cast<WrapperObject*>(object);
+    for (int i = 0; i < count_; ++i)
+        if (objects_[i] == w) return;
+    if (count_ == kMaxObjects) {
+        overflow_ = true;
+        return;
+    }
+    objects_[count_++] = w;
+    if (w->partner != nullptr) add(w->partner);
+}
+
+ReleasedCall::ReleasedCall(PyObject* self, PyObject* args, PyObject* kwargs) {
+    add(self);
+    if (args != nullptr)
+        for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(args); ++i) add(PyTuple_GET_ITEM(args, i));
+    if (kwargs != nullptr) {
+        Py_ssize_t pos = 0;
+        PyObject *key, *value;
+        while (PyDict_Next(kwargs, &pos, &key, &value)) add(value);
+    }
+    PyThreadState* me = PyThreadState_Get();
+    // All free (or this thread's own) at one moment, under the interpreter lock: then all are marked.
+    for (int i = 0; i < count_;) {
+        WrapperObject* w = objects_[i];
+        if (w->user != nullptr && w->user != me) {
+            object_use::wait_until_free(w, me);
+            i = 0;
+            continue;
+        }
+        ++i;
+    }
+    for (int i = 0; i < count_; ++i) {
+        objects_[i]->user = me;
+        ++objects_[i]->depth;
+    }
+    if (overflow_) return;
+    previous_ = released_calls::saved_state();
+    released_calls::g_active.fetch_add(1, std::memory_order_relaxed);
+    state_ = PyEval_SaveThread();
+    released_calls::saved_state() = state_;
+}
+
+ReleasedCall::~ReleasedCall() {
+    if (!overflow_) {
+        PyThreadState* state = released_calls::saved_state();
+        released_calls::saved_state() = previous_;
+        PyEval_RestoreThread(state);
+        released_calls::g_active.fetch_sub(1, std::memory_order_relaxed);
+    }
+    bool wake = false;
+    for (int i = 0; i < count_; ++i) {
+        WrapperObject* w = objects_[i];
+        if (--w->depth == 0) {
+            w->user = nullptr;
+            wake = wake || w->waiters != 0;
+        }
+    }
+    if (wake) object_use::wake_waiters();
+}
+
+PyObject* with_partner(PyObject* result, PyObject* partner) {
+    int32_t kind;
+    if (result == nullptr || partner == nullptr || !recognise_by_slot(partner, &kind) || kind != kInstanceClass)
+        return result;
+    WrapperObject* w = reinterpret_cast<WrapperObject*>(result);
+    Py_XSETREF(w->partner, Py_NewRef(partner));
+    return result;
+}

@@ -1,0 +1,109 @@
+"""Heavy calls run without the interpreter lock; objects shared between threads stay safe and correct."""
+import io
+import threading
+import time
+
+import numpy as np
+import pytest
+
+import orvane.pyfigura as f
+from orvane.pyfigura import imaging as im
+
+COLORS = [f.Color.from_argb(255, 30 * i, 255 - 30 * i, (70 * i) % 256) for i in range(8)]
+
+
+def band_scene(bitmap, graphics, index, rounds):
+    """What one thread does: fills its own band of the shared picture and checks it, again and again."""
+    brush = f.SolidBrush(COLORS[index])
+    pen = f.Pen(COLORS[index], 3.0)
+    own = f.Bitmap(64, 64)
+    for _ in range(rounds):
+        graphics.fill_rectangle(brush, 0, index * 16, 128, 16)
+        graphics.draw_line(pen, 0, index * 16 + 8, 127, index * 16 + 8)
+        assert bitmap.get_pixel(5, index * 16 + 2) == COLORS[index]
+        with f.Graphics.from_image(own) as g:
+            g.fill_ellipse(brush, 0, 0, 64, 64)
+        out = io.BytesIO()
+        own.save(out, im.ImageFormat.png)  # stream callbacks into Python from a released call
+        assert out.getvalue()[:4] == b"\x89PNG"
+        gone = f.SolidBrush(COLORS[index])
+        gone.dispose()
+        with pytest.raises(RuntimeError, match="ArgumentException"):
+            graphics.fill_rectangle(gone, 0, 0, 1, 1)  # the managed error crosses back from a released call
+    brush.dispose()
+    pen.dispose()
+
+
+def test_eight_threads_sharing_one_graphics_draw_what_one_thread_draws():
+    def run(threads, seconds):
+        bitmap = f.Bitmap(128, 128)
+        graphics = f.Graphics.from_image(bitmap)
+        errors = []
+        stop = time.monotonic() + seconds
+
+        def worker(index):
+            try:
+                while True:
+                    band_scene(bitmap, graphics, index, 3)
+                    if time.monotonic() > stop:
+                        return
+            except BaseException as error:  # reported below, not lost in the thread
+                errors.append(error)
+
+        pool = [threading.Thread(target=worker, args=(i,)) for i in range(8)] if threads else []
+        for t in pool:
+            t.start()
+        for t in pool:
+            t.join(60)
+            assert not t.is_alive(), "a drawing thread hung"
+        if not threads:
+            for i in range(8):
+                band_scene(bitmap, graphics, i, 1)
+        assert errors == []
+        graphics.dispose()
+        return bitmap.to_array()
+
+    np.testing.assert_array_equal(run(True, 3.0), run(False, 0))
+
+
+def test_a_call_on_an_object_waits_for_the_released_call_using_it():
+    bitmap = f.Bitmap(200, 200)
+    inside, go_on = threading.Event(), threading.Event()
+
+    class SlowFile(io.BytesIO):
+        def write(self, data):
+            inside.set()
+            go_on.wait(10)  # the save holds the bitmap until this returns
+            return super().write(data)
+
+    out = SlowFile()
+    saver = threading.Thread(target=bitmap.save, args=(out, im.ImageFormat.png))
+    saver.start()
+    assert inside.wait(10)
+    results = []
+
+    def attempt(call):
+        try:
+            results.append(call())
+        except RuntimeError as error:  # the dispose may come first: then the read is refused cleanly
+            results.append(type(error))
+
+    others = [threading.Thread(target=attempt, args=(call,)) for call in (lambda: bitmap.get_pixel(0, 0),
+                                                                            bitmap.dispose)]
+    for t in others:
+        t.start()
+    others[0].join(0.3)
+    assert all(t.is_alive() for t in others) and results == []  # both wait for the save to end
+    go_on.set()
+    for t in [saver] + others:
+        t.join(10)
+        assert not t.is_alive()
+    assert len(results) == 2 and out.getvalue().startswith(b"\x89PNG")
+    assert f.Image.from_stream(io.BytesIO(out.getvalue())).width == 200
+
+
+def test_a_graphics_keeps_its_image_alive_and_in_use():
+    graphics = f.Graphics.from_image(f.Bitmap(32, 32))
+    f._wrpgen._interop._collect_managed()  # runs managed finalizers: an unreferenced image would go
+    graphics.fill_rectangle(f.SolidBrush(f.Color.red), 0, 0, 32, 32)  # the image is still there
+    graphics.dispose()
