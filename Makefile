@@ -6,7 +6,7 @@ JOBS    ?= $(shell nproc)
 DOTNET  ?= dotnet
 MANAGED := managed/WrpInterop.Orvane.PyFigura.csproj
 
-.PHONY: all deps generate native managed test-assets layout test test-python test-native demo bench typecheck fuzz test-asan clean
+.PHONY: all deps generate native managed test-assets layout test test-python test-native demo bench typecheck fuzz test-asan windows-check clean
 
 all: layout
 
@@ -85,6 +85,11 @@ test-asan: deps all test-assets
 # Hostile images: 3,000 mutated files of eight formats; crashes are checked against a plain .NET program.
 fuzz: deps all
 	PYTHONPATH=$(BUILD)/python $(PY) tools/fuzz/image_fuzz.py --files 3000 --work $(BUILD)/fuzz
+
+# Windows, as far as this machine goes: the host, the loader DLL and the extension cross-built with
+# mingw-w64, the Windows runtime pack from NuGet, the host tests and a runtime start under wine64.
+windows-check: generate
+	JOBS=$(JOBS) PY=$(PY) scripts/windows-check.sh $(BUILD)
 
 clean:
 	rm -rf $(BUILD) managed/bin managed/obj

@@ -1,19 +1,17 @@
 // Loader library: owns the CoreCLR handle and domain id and offers the five coreclr_wrap_* operations.
 #include "coreclr_wrap.h"
 
-#include <dlfcn.h>
-#include <stdlib.h>
-
 #include <exception>
 #include <string>
 #include <vector>
 
 #include "host/core/text_encoding.h"
+#include "runtime_files.h"
 #include "trusted_assemblies.h"
 
 namespace {
 
-// The CoreCLR hosting API of libcoreclr.so.
+// The CoreCLR hosting API of libcoreclr.so and coreclr.dll.
 using coreclr_initialize_fn = int (*)(const char* exe_path, const char* domain_name, int property_count,
                                       const char** keys, const char** values, void** host_handle,
                                       unsigned int* domain_id);
@@ -59,24 +57,22 @@ int32_t coreclr_wrap_load(const char16_t* coreclr_path) {
     } catch (const std::exception&) {
         return 0;  // not a valid UTF-16 path
     }
-    if (char* resolved = realpath(path.c_str(), nullptr)) {
-        path = resolved;
-        free(resolved);
-    }
-    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    std::string resolved;
+    void* library = loader::open_runtime_library(path, resolved);
     if (library == nullptr) return 0;
-    s.initialize = reinterpret_cast<coreclr_initialize_fn>(dlsym(library, "coreclr_initialize"));
-    s.shutdown = reinterpret_cast<coreclr_shutdown_fn>(dlsym(library, "coreclr_shutdown"));
-    s.create_delegate = reinterpret_cast<coreclr_create_delegate_fn>(dlsym(library, "coreclr_create_delegate"));
+    s.initialize = reinterpret_cast<coreclr_initialize_fn>(loader::runtime_symbol(library, "coreclr_initialize"));
+    s.shutdown = reinterpret_cast<coreclr_shutdown_fn>(loader::runtime_symbol(library, "coreclr_shutdown"));
+    s.create_delegate =
+        reinterpret_cast<coreclr_create_delegate_fn>(loader::runtime_symbol(library, "coreclr_create_delegate"));
     if (s.initialize == nullptr || s.shutdown == nullptr || s.create_delegate == nullptr) {
-        dlclose(library);
+        loader::close_runtime_library(library);
         s.initialize = nullptr;
         s.shutdown = nullptr;
         s.create_delegate = nullptr;
         return 0;
     }
     s.library = library;
-    s.coreclr_path = path;
+    s.coreclr_path = resolved;
     return 1;
 }
 

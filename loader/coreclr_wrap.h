@@ -2,9 +2,13 @@
 #pragma once
 #include <cstdint>
 
+#ifdef _WIN32
+#define CORECLR_WRAP_EXPORT extern "C" __declspec(dllexport)
+#else
 #define CORECLR_WRAP_EXPORT extern "C" __attribute__((visibility("default")))
+#endif
 
-// Loads libcoreclr.so from a full path given in UTF-16. Non-zero on success.
+// Loads libcoreclr.so (coreclr.dll) from a full path given in UTF-16. Non-zero on success.
 CORECLR_WRAP_EXPORT int32_t coreclr_wrap_load(const char16_t* coreclr_path);
 // Starts the runtime and creates the default domain. 0 on success, else the runtime's status code.
 CORECLR_WRAP_EXPORT int32_t coreclr_wrap_initialize(const char* executable_path, const char* domain_name,

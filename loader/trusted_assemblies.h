@@ -4,8 +4,8 @@
 
 namespace loader {
 
-// All *.dll of the framework directory that holds the loaded libcoreclr.so (symbolic links resolved),
-// then those of each app path (':'-separated) whose simple name the list does not hold yet.
+// All *.dll of the framework directory that holds the loaded runtime library (links resolved), then
+// those of each app path (separated by the platform's list separator) whose simple name is not in yet.
 std::string build_trusted_assemblies(const std::string& coreclr_path, const std::string& app_paths);
 
 }  // namespace loader

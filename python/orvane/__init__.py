@@ -10,8 +10,8 @@ import sys
 _VENDOR = "orvane"
 _RUNTIME_VARIABLE = "NETCORE_WRAPPER_NETCORE_DIR_" + _VENDOR
 _ASSEMBLY_VARIABLE = "NETCORE_WRAPPER_ASSEMBLY_DIR_" + _VENDOR
-_LOADER_LIBRARY = "orvane.embed.coreclrwrap.so"
-_RUNTIME_LIBRARY = "libcoreclr.so"
+_LOADER_LIBRARY = "orvane.embed.coreclrwrap.dll" if sys.platform == "win32" else "orvane.embed.coreclrwrap.so"
+_RUNTIME_LIBRARY = "coreclr.dll" if sys.platform == "win32" else "libcoreclr.so"
 _INTEROP_ASSEMBLY = "WrpInterop.Orvane.PyFigura.dll"
 
 _here = os.path.dirname(os.path.abspath(__file__))

@@ -18,6 +18,7 @@ void read_trace_switch() {
     long number = std::strtol(value.c_str(), nullptr, 10);
     if (number > 0) {
         g_trace_enabled = true;
+        platform::use_untranslated_standard_output();
         trace_line("%s", "CLR host tracing enabled");
     }
 }

@@ -10,9 +10,9 @@
 
 namespace host {
 
-const char* const kLoaderLibraryName = "orvane.embed.coreclrwrap.so";
-const char* const kLoaderLibraryDebugName = "orvane.embed.coreclrwrap.debug.so";
-const char* const kRuntimeLibraryName = "libcoreclr.so";
+const char* const kLoaderLibraryName = platform::kLoaderLibraryName;
+const char* const kLoaderLibraryDebugName = platform::kLoaderLibraryDebugName;
+const char* const kRuntimeLibraryName = platform::kRuntimeLibraryName;
 
 namespace {
 

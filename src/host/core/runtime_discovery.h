@@ -38,8 +38,10 @@ std::vector<std::string> resolve_assembly_directories(const std::string& vendor,
 
 std::string join_list(const std::vector<std::string>& entries, char separator);
 
-extern const char* const kLoaderLibraryName;        // "orvane.embed.coreclrwrap.so"
-extern const char* const kLoaderLibraryDebugName;   // "orvane.embed.coreclrwrap.debug.so"
-extern const char* const kRuntimeLibraryName;       // "libcoreclr.so"
+// The platform's file names: "orvane.embed.coreclrwrap[.debug].so" and "libcoreclr.so" on POSIX,
+// "orvane.embed.coreclrwrap[.debug].dll" and "coreclr.dll" on Windows.
+extern const char* const kLoaderLibraryName;
+extern const char* const kLoaderLibraryDebugName;
+extern const char* const kRuntimeLibraryName;
 
 }  // namespace host

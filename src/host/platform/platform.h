@@ -7,10 +7,22 @@
 
 namespace platform {
 
+// Paths and names are UTF-8 everywhere above this layer; the Windows side converts them to UTF-16.
+#ifdef _WIN32
+constexpr char kPathSeparator = '\\';
+constexpr char kListSeparator = ';';
+constexpr char kLoaderLibraryName[] = "orvane.embed.coreclrwrap.dll";
+constexpr char kLoaderLibraryDebugName[] = "orvane.embed.coreclrwrap.debug.dll";
+constexpr char kRuntimeLibraryName[] = "coreclr.dll";
+#else
 constexpr char kPathSeparator = '/';
 constexpr char kListSeparator = ':';
+constexpr char kLoaderLibraryName[] = "orvane.embed.coreclrwrap.so";
+constexpr char kLoaderLibraryDebugName[] = "orvane.embed.coreclrwrap.debug.so";
+constexpr char kRuntimeLibraryName[] = "libcoreclr.so";
+#endif
 constexpr size_t kPathLimit = 260;  // length of a path buffer
-extern const char* const kLibrarySuffix;  // ".so"
+extern const char* const kLibrarySuffix;  // ".so", ".dll"
 
 // Full path of the process's executable (the interpreter), or empty when it can't be told.
 std::string executable_path();
@@ -65,6 +77,10 @@ void install_fault_forwarder(const char* const* owners, size_t count);
 void record_runtime_fault_handlers();
 void yield_runtime_fault_handlers();
 void reassert_runtime_fault_handlers();
+
+// Standard output passes the bytes written as they are. The trace ends its lines in CR LF itself: on
+// Windows a C runtime's standard output in text mode would turn that into CR CR LF.
+void use_untranslated_standard_output();
 
 // The platform's text for an error code; false when it has none.
 bool error_text(uint32_t code, std::string& text);

@@ -96,6 +96,8 @@ bool error_text(uint32_t code, std::string& text) {
     return true;
 }
 
+void use_untranslated_standard_output() {}  // POSIX streams never translate
+
 void on_fork_child(void (*handler)()) { pthread_atfork(nullptr, nullptr, handler); }
 
 namespace {

@@ -1,0 +1,170 @@
+// The Windows half of the platform layer as the host core sees it: paths, environment, error texts, the
+// trace's line ends, directory scans and library loading, with non-ASCII paths throughout.
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+#include <windows.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host/core/dynamic_library.h"
+#include "host/core/host_exception.h"
+#include "host/core/host_trace.h"
+#include "host/core/runtime_discovery.h"
+#include "host/platform/platform.h"
+#include "windows_test_support.h"
+
+namespace {
+
+using windows_test::TempTree;
+using windows_test::utf8;
+
+TEST(WindowsPaths, BackslashJoinsAndEitherSeparatorIsRecognised) {
+    struct Case {
+        const char* base;
+        const char* part;
+        const char* joined;
+    };
+    for (const Case& c : {Case{"C:\\root", "netcore3.1", "C:\\root\\netcore3.1"},
+                          Case{"C:\\root\\", "netcore3.1", "C:\\root\\netcore3.1"},
+                          Case{"C:/root/", "x", "C:/root/x"}, Case{"C:\\root", "\\x", "C:\\root\\x"},
+                          Case{"C:\\root", "", "C:\\root"}, Case{"", "x", "x"}})
+        EXPECT_EQ(host::join_paths(c.base, c.part), c.joined) << c.base << " + " << c.part;
+    EXPECT_EQ(host::default_directory("C:\\Python311\\python.exe"), "C:\\Python311\\");
+    EXPECT_EQ(host::default_directory("C:/Python311/python.exe"), "C:/Python311/");
+    EXPECT_EQ(host::default_directory("python.exe"), "python.exe");
+    EXPECT_EQ(host::join_list({"C:\\a", "D:\\b"}, platform::kListSeparator), "C:\\a;D:\\b");
+    EXPECT_STREQ(host::kLoaderLibraryName, "orvane.embed.coreclrwrap.dll");
+    EXPECT_STREQ(host::kLoaderLibraryDebugName, "orvane.embed.coreclrwrap.debug.dll");
+    EXPECT_STREQ(host::kRuntimeLibraryName, "coreclr.dll");
+}
+
+TEST(WindowsPaths, ExecutablePathNamesThisProgram) {
+    std::string path = platform::executable_path();
+    EXPECT_EQ(path, utf8(windows_test::own_executable()));
+    EXPECT_EQ(path.substr(platform::file_name_start(path)), "host_tests.exe");
+}
+
+TEST(WindowsEnvironment, ValuesComeBackAsUtf8AndEmptyCountsAsUnset) {
+    const wchar_t* name = L"ORVANE_WINDOWS_TEST_VARIABLE";
+    std::string out = "stale";
+    SetEnvironmentVariableW(name, nullptr);
+    EXPECT_FALSE(host::read_environment("ORVANE_WINDOWS_TEST_VARIABLE", out));
+    EXPECT_EQ(out, "");
+    SetEnvironmentVariableW(name, L"");
+    EXPECT_FALSE(host::read_environment("ORVANE_WINDOWS_TEST_VARIABLE", out));
+    SetEnvironmentVariableW(name, L"C:\\\u0420\u0438\u043c\\\u00e9t\u00e9\\\U0001F600");
+    ASSERT_TRUE(host::read_environment("ORVANE_WINDOWS_TEST_VARIABLE", out));
+    EXPECT_EQ(out, "C:\\\xd0\xa0\xd0\xb8\xd0\xbc\\\xc3\xa9t\xc3\xa9\\\xf0\x9f\x98\x80");
+    SetEnvironmentVariableW(name, nullptr);
+}
+
+TEST(WindowsErrorText, SystemMessagesAreCutAtTheLineEndAndUnknownCodesFormatted) {
+    for (uint32_t code : {2u, 5u, 0x80070002u}) {
+        std::string text = host::platform_error_text(code);
+        EXPECT_FALSE(text.empty()) << code;
+        EXPECT_EQ(text.find_first_of("\r\n"), std::string::npos) << code;
+        EXPECT_EQ(text.rfind("Unknown error", 0), std::string::npos) << code << ": " << text;
+    }
+    EXPECT_NE(host::platform_error_text(2), host::platform_error_text(5));
+    EXPECT_EQ(host::platform_error_text(0xFFFFFFFFu), "Unknown error: -1 (0xFFFFFFFF)");
+    host::BaseException with_prefix("While starting", 2);
+    EXPECT_EQ(std::string(with_prefix.what()), "While starting: " + host::platform_error_text(2));
+}
+
+TEST(WindowsTrace, LinesEndInOneCarriageReturnLineFeedOnATextModeOutput) {
+    // Standard output goes, at descriptor level, to a file opened in text mode; it is read back as bytes.
+    TempTree tree(L"trace");
+    const std::filesystem::path file = std::filesystem::u8path(tree.root()) / L"out.txt";
+    std::fflush(stdout);
+    const int saved = _dup(_fileno(stdout));
+    const int target = _wopen(file.c_str(), _O_CREAT | _O_TRUNC | _O_WRONLY | _O_TEXT, _S_IREAD | _S_IWRITE);
+    ASSERT_GE(target, 0);
+    _dup2(target, _fileno(stdout));
+    _close(target);
+    host::g_trace_enabled = false;
+    SetEnvironmentVariableW(L"COREHOST_TRACE", L"1");
+    host::read_trace_switch();
+    host::trace_line("NETCORE_DIR: '%s'", "C:\\runtime\\netcore1.0");
+    std::fflush(stdout);
+    _dup2(saved, _fileno(stdout));
+    _close(saved);
+    host::g_trace_enabled = false;
+    SetEnvironmentVariableW(L"COREHOST_TRACE", nullptr);
+
+    std::ifstream in(file, std::ios::binary);
+    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_EQ(bytes, "CLR host tracing enabled\r\nNETCORE_DIR: 'C:\\runtime\\netcore1.0'\r\n");
+}
+
+TEST(WindowsDiscovery, VersionedRuntimeDirectoriesAndAssemblyRootsInANonAsciiTree) {
+    TempTree tree(L"discovery");
+    tree.file(L"rt\\netcore3.9\\orvane.embed.coreclrwrap.dll");
+    tree.file(L"rt\\netcore3.10\\orvane.embed.coreclrwrap.dll");
+    tree.dir(L"rt\\netcore5.0");  // newer, but without the loader library
+    tree.file(L"rt\\netcore9.9-rc\\orvane.embed.coreclrwrap.dll");
+    const std::string root = tree.root() + "\\rt";
+    std::string found;
+    ASSERT_TRUE(host::find_runtime_directory(root, host::kLoaderLibraryName, found));
+    EXPECT_EQ(found, root + "\\netcore3.10");
+
+    SetEnvironmentVariableW(L"NETCORE_WRAPPER_NETCORE_DIR_gtestwin", std::filesystem::u8path(root).c_str());
+    EXPECT_EQ(host::resolve_runtime_directory("gtestwin", "C:\\default\\"), root + "\\netcore3.10");
+    SetEnvironmentVariableW(L"NETCORE_WRAPPER_NETCORE_DIR_gtestwin", nullptr);
+    EXPECT_EQ(host::resolve_runtime_directory("gtestwin", "C:\\default\\"), "C:\\default\\");
+
+    tree.dir(L"asm\\a\\debug");
+    tree.dir(L"asm\\b");
+    tree.file(L"asm\\c.txt");
+    const std::string assemblies = tree.root() + "\\asm";
+    std::vector<std::string> release, debug;
+    host::collect_assembly_directories(assemblies, false, release);
+    host::collect_assembly_directories(assemblies, true, debug);
+    EXPECT_EQ(std::set<std::string>(release.begin(), release.end()),
+              (std::set<std::string>{assemblies + "\\a", assemblies + "\\b"}));
+    EXPECT_EQ(debug, std::vector<std::string>{assemblies + "\\a\\debug"});
+}
+
+TEST(WindowsDynamicLibrary, LoadsByPathJoinsByNameAndBalancesItsReferences) {
+    const std::string path = utf8(windows_test::fake_loader().wstring());
+    const char* name = host::kLoaderLibraryName;
+    ASSERT_EQ(GetModuleHandleA(name), nullptr) << "the fake must not be in the process yet";
+    {
+        host::DynamicLibrary first;
+        first.load(path, name);
+        EXPECT_TRUE(first.loaded_here());
+        EXPECT_NE(first.symbol("coreclr_wrap_load"), nullptr);
+        {
+            host::DynamicLibrary second;
+            second.load("C:\\nonexistent\\orvane.embed.coreclrwrap.dll", name);
+            EXPECT_FALSE(second.loaded_here());
+            EXPECT_EQ(second.symbol("coreclr_wrap_load"), first.symbol("coreclr_wrap_load"));
+            try {
+                second.symbol("coreclr_wrap_absent");
+                ADD_FAILURE() << "no exception";
+            } catch (const std::runtime_error& e) {
+                EXPECT_STREQ(e.what(), "No such symbol: coreclr_wrap_absent");
+            }
+        }
+        EXPECT_NE(GetModuleHandleA(name), nullptr) << "the handle joined by name held a reference of its own";
+    }
+    EXPECT_EQ(GetModuleHandleA(name), nullptr) << "both handles are freed";
+    host::DynamicLibrary absent;
+    try {
+        absent.load("C:\\nonexistent\\orvane.absent.dll", "orvane.absent.dll");
+        ADD_FAILURE() << "no exception";
+    } catch (const std::runtime_error& e) {
+        EXPECT_STREQ(e.what(), "DynamicLibrary::load");
+    }
+    EXPECT_FALSE(absent.holds_handle());
+}
+
+}  // namespace

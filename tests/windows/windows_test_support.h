@@ -1,0 +1,67 @@
+// Helpers of the Windows host tests: wide/UTF-8 text, the test program's directory, temporary trees.
+#pragma once
+#include <windows.h>
+
+#include <filesystem>
+#include <string>
+
+namespace windows_test {
+
+inline std::string utf8(const std::wstring& wide) {
+    int size = WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), static_cast<int>(wide.size()), nullptr, 0, nullptr,
+                                   nullptr);
+    std::string out(static_cast<size_t>(size), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), static_cast<int>(wide.size()), &out[0], size, nullptr, nullptr);
+    return out;
+}
+
+inline std::wstring own_executable() {
+    wchar_t buffer[MAX_PATH + 1] = {};
+    DWORD n = GetModuleFileNameW(nullptr, buffer, MAX_PATH);
+    return std::wstring(buffer, n);
+}
+
+// The fake loader library, built into fake\ beside the test program.
+inline std::filesystem::path fake_loader() {
+    return std::filesystem::path(own_executable()).parent_path() / L"fake" / L"orvane.embed.coreclrwrap.dll";
+}
+
+// A fresh directory under the temporary directory whose name holds non-ASCII letters, so that every
+// path through the host goes the UTF-8 and UTF-16 way; removed with its contents at the end.
+class TempTree {
+public:
+    explicit TempTree(const wchar_t* tag) {
+        root_ = std::filesystem::temp_directory_path() /
+                (std::wstring(L"orvane_\u00e9t\u00e9_\u0436_") + tag + L"_" + std::to_wstring(GetCurrentProcessId()));
+        std::filesystem::remove_all(root_);
+        std::filesystem::create_directories(root_);
+    }
+    ~TempTree() {
+        std::error_code ignored;
+        std::filesystem::remove_all(root_, ignored);
+    }
+    TempTree(const TempTree&) = delete;
+    TempTree& operator=(const TempTree&) = delete;
+
+    std::string root() const { return utf8(root_.wstring()); }
+    std::string dir(const std::wstring& relative) const {
+        std::filesystem::create_directories(root_ / relative);
+        return utf8((root_ / relative).wstring());
+    }
+    std::string file(const std::wstring& relative) const {
+        std::filesystem::create_directories((root_ / relative).parent_path());
+        FILE* f = _wfopen((root_ / relative).c_str(), L"wb");
+        if (f != nullptr) fclose(f);
+        return utf8((root_ / relative).wstring());
+    }
+    std::string copy(const std::filesystem::path& source, const std::wstring& relative) const {
+        std::filesystem::create_directories((root_ / relative).parent_path());
+        std::filesystem::copy_file(source, root_ / relative, std::filesystem::copy_options::overwrite_existing);
+        return utf8((root_ / relative).wstring());
+    }
+
+private:
+    std::filesystem::path root_;
+};
+
+}  // namespace windows_test
