@@ -10,6 +10,7 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, HERE)
 
 import api_model  # noqa: E402
+import callback_emitter  # noqa: E402
 import generic_emitter  # noqa: E402
 import managed_emitter  # noqa: E402
 import native_emitter  # noqa: E402
@@ -27,6 +28,7 @@ def main():
     generic_emitter.write_all(generic_emitter.emit_native(model, os.path.join(args.out, "native")))
     generic_emitter.write_all(generic_emitter.emit_managed(model, os.path.join(args.out, "managed")))
     generic_emitter.write_all(stub_emitter.emit_stubs(model, os.path.join(args.out, "stubs")))
+    generic_emitter.write_all(callback_emitter.emit(model, args.out))
     print(f"generated {len(native)} native files from {len(model.classes)} classes into {args.out}")
 
 

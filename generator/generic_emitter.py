@@ -15,11 +15,6 @@ HEADER = "generated_generics.h"
 # Which of the two Int16/Int64 suffixes is which: this assembly names them so.
 ELEMENT_CHOICE = {"A2718E40": "Int16", "E7C32114": "Int64"}
 
-# Position of an element kind in the generic callback table (list half; the sequence half adds 18).
-ELEMENT_KINDS = ["byte[]", "CharacterRange", "Color", "ColorMap", "EncoderParameter", "Point", "PointF",
-                 "PaperSize", "PaperSource", "PrinterResolution", "Rectangle", "RectangleF", "Int16", "Int32",
-                 "Int64", "Single", "Single[]", "String"]
-
 VALUE_RECORDS = {"Point": "PointValue", "PointF": "PointFValue", "Rectangle": "RectangleValue",
                  "RectangleF": "RectangleFValue", "Color": "ColorValue"}
 
@@ -67,7 +62,8 @@ class Element:
 
     def __init__(self, model, name):
         self.name = name
-        self.kind = ELEMENT_KINDS.index(name) if name in ELEMENT_KINDS else None
+        kinds = [k["element"] for k in model.callbacks["generic_kinds"]]  # the generic callback table's order
+        self.kind = kinds.index(name) if name in kinds else None
         self.is_class = model.is_class(name)
         self.handle_result = self.is_class and model.class_by_name[name]["shape"] == "class"
         if name in VALUE_RECORDS:

@@ -8,14 +8,14 @@ namespace Orvane.WrpGen.Interop
         private const int KindHandle = 0;
         private const int KindList = 2;
         private const int KindSequence = 3;
-        private const int GroupBuffers = 2;
-        private const int BufferRecordSize = 0;
-        private const int BufferZero = 1;
-        private const int BufferRelease = 3;
-        private const int GroupContainers = 5;
-        private const int ListSize = 0;
-        private const int SequenceSize = 4;
-        private const int SequenceHalf = 18;
+        private const int GroupBuffers = CallbackRows.GroupBuffers;
+        private const int BufferRecordSize = CallbackRows.Buffers.RecordSize;
+        private const int BufferZero = CallbackRows.Buffers.Zero;
+        private const int BufferRelease = CallbackRows.Buffers.Release;
+        private const int GroupContainers = CallbackRows.GroupContainers;
+        private const int ListSize = CallbackRows.Containers.ListSize;
+        private const int SequenceSize = CallbackRows.Containers.SequenceSize;
+        private const int SequenceHalf = CallbackRows.GenericKinds.Count;
 
         /// <summary>
         /// The array of an ArrayArg. Elements of a list or sequence are fetched one at a time by the element

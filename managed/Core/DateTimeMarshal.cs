@@ -36,15 +36,15 @@ namespace Orvane.WrpGen.Interop
     /// <summary>Readers of Python date and time objects, and builders of new ones.</summary>
     public static unsafe class DateTimeMarshal
     {
-        private const int GroupValuesIn = 0;
-        private const int GroupValuesOut = 1;
-        private const int FromDateTimeObject = 6;
-        private const int FromDateObject = 7;
-        private const int FromTimeObject = 8;
-        private const int FromTimeDeltaObject = 9;
-        private const int ToDateTime = 8;
-        private const int ToDateTimeOffset = 9;
-        private const int ToTimeDelta = 10;
+        private const int GroupValuesIn = CallbackRows.GroupValuesIn;
+        private const int GroupValuesOut = CallbackRows.GroupValuesOut;
+        private const int FromDateTimeObject = CallbackRows.ValuesIn.Datetime;
+        private const int FromDateObject = CallbackRows.ValuesIn.Date;
+        private const int FromTimeObject = CallbackRows.ValuesIn.Time;
+        private const int FromTimeDeltaObject = CallbackRows.ValuesIn.Timedelta;
+        private const int ToDateTime = CallbackRows.ValuesOut.ToDatetime;
+        private const int ToDateTimeOffset = CallbackRows.ValuesOut.ToDatetimeOffset;
+        private const int ToTimeDelta = CallbackRows.ValuesOut.ToTimedelta;
 
         private const int AsDateTime = 1;
         private const int AsDateTimeOffset = 2;

@@ -20,13 +20,13 @@ namespace Orvane.WrpGen.Interop
 
         internal static bool ServicesReady;
 
-        internal const int GroupReferences = 3;
+        internal const int GroupReferences = CallbackRows.GroupReferences;
 
         /// <summary>Drops a Python reference (group references, number 1).</summary>
         public static void DecRef(IntPtr obj)
         {
             if (obj == IntPtr.Zero || StaticGroups == null) return;
-            var decref = (delegate* unmanaged<IntPtr, void>)((IntPtr*)StaticGroups[GroupReferences])[1];
+            var decref = (delegate* unmanaged<IntPtr, void>)((IntPtr*)StaticGroups[GroupReferences])[CallbackRows.References.Drop];
             decref(obj);
         }
 
@@ -41,7 +41,7 @@ namespace Orvane.WrpGen.Interop
         public static IntPtr PyStringOrNone(string text)
         {
             if (text != null) return PyString(text);
-            var none = (delegate* unmanaged<IntPtr>)((IntPtr*)StaticGroups[GroupReferences])[2];
+            var none = (delegate* unmanaged<IntPtr>)((IntPtr*)StaticGroups[GroupReferences])[CallbackRows.References.NewNone];
             return none();
         }
 

@@ -6,17 +6,17 @@ namespace Orvane.WrpGen.Interop
     /// <summary>Builders of the new Python reference that an entry with an `object` result returns.</summary>
     public static unsafe class ObjectResults
     {
-        private const int GroupValuesOut = 1;
-        private const int WrapByKey = 0;
-        private const int FromBool = 1;
-        private const int FromInt32 = 2;
-        private const int FromUInt32 = 3;
-        private const int FromInt64 = 4;
-        private const int FromUInt64 = 5;
-        private const int FromDouble = 6;
-        private const int FromGuidBytes = 11;
-        private const int FromUtf16Unit = 12;
-        private const int NewNone = 2;
+        private const int GroupValuesOut = CallbackRows.GroupValuesOut;
+        private const int WrapByKey = CallbackRows.ValuesOut.WrapByKey;
+        private const int FromBool = CallbackRows.ValuesOut.FromBool;
+        private const int FromInt32 = CallbackRows.ValuesOut.FromInt32;
+        private const int FromUInt32 = CallbackRows.ValuesOut.FromUint32;
+        private const int FromInt64 = CallbackRows.ValuesOut.FromInt64;
+        private const int FromUInt64 = CallbackRows.ValuesOut.FromUint64;
+        private const int FromDouble = CallbackRows.ValuesOut.FromDouble;
+        private const int FromGuidBytes = CallbackRows.ValuesOut.FromGuidBytes;
+        private const int FromUtf16Unit = CallbackRows.ValuesOut.FromChar;
+        private const int NewNone = CallbackRows.References.NewNone;
 
         /// <summary>
         /// None for null; Python scalars, str and bytes for those managed values; a wrapper of the object's

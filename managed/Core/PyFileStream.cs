@@ -24,19 +24,19 @@ namespace Orvane.WrpGen.Interop
     /// </summary>
     public sealed unsafe class PyFileStream : Stream
     {
-        private const int GroupStreams = 8;
-        private const int RowWrite = 0;
-        private const int RowWriteByte = 1;
-        private const int RowRead = 2;
-        private const int RowReadByte = 3;
-        private const int RowSeek = 4;
-        private const int RowFlush = 5;
-        private const int RowClose = 6;
-        private const int RowCanRead = 7;
-        private const int RowCanWrite = 8;
-        private const int RowCanSeek = 9;
-        private const int RowTell = 10;
-        private const int RowLength = 11;
+        private const int GroupStreams = CallbackRows.GroupStreams;
+        private const int RowWrite = CallbackRows.Streams.Write;
+        private const int RowWriteByte = CallbackRows.Streams.WriteByte;
+        private const int RowRead = CallbackRows.Streams.Read;
+        private const int RowReadByte = CallbackRows.Streams.ReadByte;
+        private const int RowSeek = CallbackRows.Streams.Seek;
+        private const int RowFlush = CallbackRows.Streams.Flush;
+        private const int RowClose = CallbackRows.Streams.Close;
+        private const int RowCanRead = CallbackRows.Streams.CanRead;
+        private const int RowCanWrite = CallbackRows.Streams.CanWrite;
+        private const int RowCanSeek = CallbackRows.Streams.CanSeek;
+        private const int RowTell = CallbackRows.Streams.Tell;
+        private const int RowLength = CallbackRows.Streams.Length;
 
         private const int Failed = -1;
         private const long NotSeekable = -2;
@@ -72,7 +72,7 @@ namespace Orvane.WrpGen.Interop
         {
             IntPtr file = File();
             if (_retained) return;
-            ((delegate* unmanaged<IntPtr, void>)((IntPtr*)NativeCallbacks.StaticGroups[NativeCallbacks.GroupReferences])[0])(file);
+            ((delegate* unmanaged<IntPtr, void>)((IntPtr*)NativeCallbacks.StaticGroups[NativeCallbacks.GroupReferences])[CallbackRows.References.Add])(file);
             _retained = true;
         }
 

@@ -6,9 +6,9 @@ namespace Orvane.WrpGen.Interop
     /// <summary>Builders of the new Python reference that an entry with a decimal or Guid result returns.</summary>
     public static unsafe class ValueResults
     {
-        private const int GroupValuesOut = 1;
-        private const int FromDecimalRecord = 7;
-        private const int FromGuidBytes = 11;
+        private const int GroupValuesOut = CallbackRows.GroupValuesOut;
+        private const int FromDecimalRecord = CallbackRows.ValuesOut.FromDecimalRecord;
+        private const int FromGuidBytes = CallbackRows.ValuesOut.FromGuidBytes;
 
         /// <summary>A new decimal.Decimal, or null with a Python exception set.</summary>
         public static IntPtr PyDecimal(decimal value)

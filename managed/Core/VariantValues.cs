@@ -7,28 +7,28 @@ namespace Orvane.WrpGen.Interop
     /// <summary>Reads a variant of code 4 and above through the callback rows that its code names.</summary>
     public static unsafe class VariantValues
     {
-        private const int GroupValuesIn = 0;
-        private const int GroupBuffers = 2;
-        private const int GroupContainers = 5;
-        private const int GroupLists = 6;
-        private const int GroupSequences = 7;
+        private const int GroupValuesIn = CallbackRows.GroupValuesIn;
+        private const int GroupBuffers = CallbackRows.GroupBuffers;
+        private const int GroupContainers = CallbackRows.GroupContainers;
+        private const int GroupLists = CallbackRows.GroupLists;
+        private const int GroupSequences = CallbackRows.GroupSequences;
 
-        private const int InTruth = 1;
-        private const int InInteger = 2;
-        private const int InFloat = 3;
-        private const int InDecimal = 4;
-        private const int InDecimalTuple = 5;
-        private const int InGuid = 10;
+        private const int InTruth = CallbackRows.ValuesIn.Truth;
+        private const int InInteger = CallbackRows.ValuesIn.Integer;
+        private const int InFloat = CallbackRows.ValuesIn.Float;
+        private const int InDecimal = CallbackRows.ValuesIn.Decimal;
+        private const int InDecimalTuple = CallbackRows.ValuesIn.DecimalTuple;
+        private const int InGuid = CallbackRows.ValuesIn.Guid;
 
-        private const int BufferRecordSize = 0;
-        private const int BufferZero = 1;
-        private const int BufferAcquire = 2;
-        private const int BufferRelease = 3;
+        private const int BufferRecordSize = CallbackRows.Buffers.RecordSize;
+        private const int BufferZero = CallbackRows.Buffers.Zero;
+        private const int BufferAcquire = CallbackRows.Buffers.Acquire;
+        private const int BufferRelease = CallbackRows.Buffers.Release;
 
-        private const int ListSize = 0;
-        private const int SequenceSize = 4;
-        private const int ListGetItem = 0;
-        private const int SequenceGetItem = 0;
+        private const int ListSize = CallbackRows.Containers.ListSize;
+        private const int SequenceSize = CallbackRows.Containers.SequenceSize;
+        private const int ListGetItem = CallbackRows.Lists.GetItem;
+        private const int SequenceGetItem = CallbackRows.Sequences.GetItem;
 
         // Width codes of the integer reader.
         private const int FitsInt32 = 1;

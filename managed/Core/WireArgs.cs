@@ -6,8 +6,8 @@ namespace Orvane.WrpGen.Interop
     /// <summary>Argument readers for the records whose content the native side classified but did not convert.</summary>
     public static unsafe class WireArgs
     {
-        private const int GroupValuesIn = 0;
-        private const int StrAsStringArg = 0;
+        private const int GroupValuesIn = CallbackRows.GroupValuesIn;
+        private const int StrAsStringArg = CallbackRows.ValuesIn.StrAsStringArg;
 
         /// <summary>The managed value of an `object` argument.</summary>
         public static object ReadVariant(VariantArg* arg)

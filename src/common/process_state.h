@@ -11,7 +11,8 @@
 //   table                 host/entry_tables.cpp       the ExchangeHost and ObjectHost entry tables
 //   g_values_in, g_values_out, g_buffers, g_references, g_iteration, g_containers, g_lists, g_sequences,
 //   g_streams, g_static_groups, g_generic_functions, g_generic_cells
-//                         module/callback_tables.cpp  the callback tables handed to managed code
+//                         generated callback_tables.cpp and generic_callbacks.cpp (from api/callbacks.json):
+//                         the callback tables handed to managed code
 //   g_dispose_guard       bridge/wrapper_object.cpp   the check every dispose() asks first
 //   Point_capsule_slot, Point_capsule_v1_slot, PointF_capsule_slot, PointF_capsule_v1_slot, Size_capsule_slot,
 //   Size_capsule_v1_slot, SizeF_capsule_slot, SizeF_capsule_v1_slot, Rectangle_capsule_slot,

@@ -430,3 +430,20 @@ class ManagedTypes(unittest.TestCase):
 
 if __name__ == "__main__":
     unittest.main()
+
+
+class TestCallbackTables(unittest.TestCase):
+    """The callback tables are a wire format: their shape is fixed, and every row names a function."""
+
+    def test_groups_and_kinds_have_the_wire_shape(self):
+        tables = load("callbacks.json")
+        shape = [(g["name"], len(g["rows"]), bool(g.get("terminated"))) for g in tables["static_groups"]]
+        self.assertEqual(shape, [("values_in", 11, False), ("values_out", 13, False), ("buffers", 4, False),
+                                 ("references", 4, False), ("iteration", 1, False), ("containers", 11, True),
+                                 ("lists", 11, True), ("sequences", 3, False), ("streams", 12, False)])
+        for group in tables["static_groups"]:
+            names = [r["name"] for r in group["rows"]]
+            self.assertEqual(len(names), len(set(names)), group["name"])
+        kinds = [k["element"] for k in tables["generic_kinds"]]
+        self.assertEqual(len(kinds), 18)
+        self.assertEqual(kinds[:2] + kinds[-2:], ["byte[]", "CharacterRange", "Single[]", "String"])
