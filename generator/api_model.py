@@ -24,6 +24,7 @@ class ApiModel:
         self.enum_by_name = {e["name"]: e for e in self.enums}
         self.modules = self._load("modules.json")
         self.callbacks = self._load("callbacks.json")
+        self.records = self._load("records.json")
 
     def _load(self, name):
         with open(os.path.join(self.api_dir, name), encoding="utf-8") as f:

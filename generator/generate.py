@@ -14,6 +14,7 @@ import callback_emitter  # noqa: E402
 import generic_emitter  # noqa: E402
 import managed_emitter  # noqa: E402
 import native_emitter  # noqa: E402
+import record_emitter  # noqa: E402
 import stub_emitter  # noqa: E402
 
 
@@ -29,6 +30,7 @@ def main():
     generic_emitter.write_all(generic_emitter.emit_managed(model, os.path.join(args.out, "managed")))
     generic_emitter.write_all(stub_emitter.emit_stubs(model, os.path.join(args.out, "stubs")))
     generic_emitter.write_all(callback_emitter.emit(model, args.out))
+    generic_emitter.write_all(record_emitter.emit(model, args.out))
     print(f"generated {len(native)} native files from {len(model.classes)} classes into {args.out}")
 
 

@@ -8,13 +8,8 @@ namespace Orvane.WrpGen.Interop
     /// A byte[] argument. Length -1 is a null array. Data is the Python object's own memory, which may be
     /// read-only on the Python side, and is valid only until the entry returns: never keep it or a span over it.
     /// </summary>
-    [StructLayout(LayoutKind.Sequential)]
-    public unsafe struct BufferArg
+    public unsafe partial struct BufferArg
     {
-        public int Acquired;
-        public int Length;
-        public byte* Data;
-
         public readonly bool IsNull => Length < 0;
 
         /// <summary>The lent bytes in place; empty for a null array.</summary>

@@ -8,12 +8,8 @@ namespace Orvane.WrpGen.Interop
     /// A DateTime as the wire carries it: Value holds the ticks in its low 62 bits and the kind in the high 2
     /// (0 unspecified, 1 UTC, 2 or 3 local); Offset is the distance from UTC in ticks, for DateTimeOffset and local times.
     /// </summary>
-    [StructLayout(LayoutKind.Sequential)]
-    public struct ManagedDateTime
+    public partial struct ManagedDateTime
     {
-        public ulong Value;
-        public long Offset;
-
         private const int KindShift = 62;
         private const ulong TicksMask = (1UL << KindShift) - 1;
 

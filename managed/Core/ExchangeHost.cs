@@ -96,6 +96,11 @@ namespace Orvane.WrpGen.Interop
             try
             {
                 PendingReleases.Drain();
+#if DEBUG
+                // Debug builds check the wire records against their description once (reflection: not on every import).
+                var mismatches = WireLayout.Mismatches();
+                if (mismatches.Length != 0) throw new InvalidOperationException("wire records: " + string.Join(", ", mismatches));
+#endif
                 NativeCallbacks.ServicesReady = true;
             }
             catch (Exception e)

@@ -9,14 +9,8 @@ namespace Orvane.WrpGen.Interop
     /// the scale in bits 16 to 23, the layout of <see cref="decimal.GetBits(decimal)"/>. Flags equal to
     /// <see cref="DoubleForm"/> mean that Low and Mid hold the low and high halves of an IEEE double's bits.
     /// </summary>
-    [StructLayout(LayoutKind.Sequential)]
-    public struct ManagedDecimal
+    public partial struct ManagedDecimal
     {
-        public uint Low;
-        public uint Mid;
-        public uint High;
-        public uint Flags;
-
         /// <summary>A flags word no real decimal can have: bits 0 to 15 are always zero there.</summary>
         public const uint DoubleForm = 1;
 

@@ -4,13 +4,8 @@ using System.Runtime.InteropServices;
 
 namespace Orvane.WrpGen.Interop
 {
-    [StructLayout(LayoutKind.Sequential)]
-    public unsafe struct StringArg
+    public unsafe partial struct StringArg
     {
-        public int Length;   // code points; -1 is the null string
-        public int Kind;     // bytes per code point: 1 (Latin-1), 2 (UCS-2) or 4 (UCS-4)
-        public void* Data;
-
         /// <summary>Copies the viewed characters into a managed string; width 4 forms surrogate pairs.</summary>
         public string ToManaged()
         {

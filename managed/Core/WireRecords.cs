@@ -6,21 +6,13 @@ using System.Runtime.InteropServices;
 namespace Orvane.WrpGen.Interop
 {
     /// <summary>An interface or managed-struct argument: kind 0 class, 1 managed struct held behind a handle.</summary>
-    [StructLayout(LayoutKind.Sequential)]
-    public struct InstanceArg
+    public partial struct InstanceArg
     {
-        public int Kind;
-        private int _pad;
-        public IntPtr Handle;
     }
 
     /// <summary>An interface result: the handle and the key of the object's exact managed type.</summary>
-    [StructLayout(LayoutKind.Sequential)]
-    public struct TypedHandle
+    public partial struct TypedHandle
     {
-        public IntPtr Handle;
-        public IntPtr TypeKey;
-
         public static TypedHandle Of(object value)
         {
             return value == null
@@ -30,30 +22,18 @@ namespace Orvane.WrpGen.Interop
     }
 
     /// <summary>An `object` argument: the variant code, then a borrowed Python object or, for codes 1 and 2, a handle.</summary>
-    [StructLayout(LayoutKind.Sequential)]
-    public struct VariantArg
+    public partial struct VariantArg
     {
-        public int Code;
-        private int _pad;
-        public IntPtr Value;
     }
 
     /// <summary>A `Stream` argument: what the native converter found, and the object or handle.</summary>
-    [StructLayout(LayoutKind.Sequential)]
-    public struct StreamArg
+    public partial struct StreamArg
     {
-        public int Kind;
-        private int _pad;
-        public IntPtr Value;
     }
 
     /// <summary>A typed-array argument: what the native converter found, and the object or handle.</summary>
-    [StructLayout(LayoutKind.Sequential)]
-    public struct ArrayArg
+    public partial struct ArrayArg
     {
-        public int Kind;
-        private int _pad;
-        public IntPtr Value;
     }
 
     /// <summary>
@@ -66,12 +46,8 @@ namespace Orvane.WrpGen.Interop
     /// 32 bits have no room for its name. A known-colour state whose channels no longer match that colour
     /// (the native constructor keeps the state word) also reads as a plain ARGB colour.
     /// </summary>
-    [StructLayout(LayoutKind.Sequential)]
-    public struct ColorValue
+    public partial struct ColorValue
     {
-        public byte A, R, G, B;
-        public int State;
-
         public const int KindArgb = 0;
         public const int KindEmpty = 1;
         public const int KindKnown = 2;
@@ -97,58 +73,40 @@ namespace Orvane.WrpGen.Interop
         }
     }
 
-    [StructLayout(LayoutKind.Sequential)]
-    public struct PointValue
+    public partial struct PointValue
     {
-        public int X, Y;
-
         public static PointValue From(Point p) => new PointValue { X = p.X, Y = p.Y };
         public Point ToManaged() => new Point(X, Y);
     }
 
     /// <summary>Doubles on the wire, floats in the managed value.</summary>
-    [StructLayout(LayoutKind.Sequential)]
-    public struct PointFValue
+    public partial struct PointFValue
     {
-        public double X, Y;
-
         public static PointFValue From(PointF p) => new PointFValue { X = p.X, Y = p.Y };
         public PointF ToManaged() => new PointF((float)X, (float)Y);
     }
 
-    [StructLayout(LayoutKind.Sequential)]
-    public struct SizeValue
+    public partial struct SizeValue
     {
-        public int Width, Height;
-
         public static SizeValue From(Size s) => new SizeValue { Width = s.Width, Height = s.Height };
         public Size ToManaged() => new Size(Width, Height);
     }
 
-    [StructLayout(LayoutKind.Sequential)]
-    public struct SizeFValue
+    public partial struct SizeFValue
     {
-        public double Width, Height;
-
         public static SizeFValue From(SizeF s) => new SizeFValue { Width = s.Width, Height = s.Height };
         public SizeF ToManaged() => new SizeF((float)Width, (float)Height);
     }
 
-    [StructLayout(LayoutKind.Sequential)]
-    public struct RectangleValue
+    public partial struct RectangleValue
     {
-        public int X, Y, Width, Height;
-
         public static RectangleValue From(Rectangle r) =>
             new RectangleValue { X = r.X, Y = r.Y, Width = r.Width, Height = r.Height };
         public Rectangle ToManaged() => new Rectangle(X, Y, Width, Height);
     }
 
-    [StructLayout(LayoutKind.Sequential)]
-    public struct RectangleFValue
+    public partial struct RectangleFValue
     {
-        public double X, Y, Width, Height;
-
         public static RectangleFValue From(RectangleF r) =>
             new RectangleFValue { X = r.X, Y = r.Y, Width = r.Width, Height = r.Height };
         public RectangleF ToManaged() => new RectangleF((float)X, (float)Y, (float)Width, (float)Height);

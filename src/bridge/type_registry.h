@@ -5,11 +5,7 @@
 #include <string>
 
 #include "host/entry_tables.h"
-
-struct TypedHandle {
-    InstanceHandle handle;
-    TypeKey type_key;
-};
+#include "generated_wire_records.h"
 
 // Enters (or overwrites) a managed full name; holds no reference: wrapper types are static.
 void registry_register(const char16_t* managed_name, PyTypeObject* type);

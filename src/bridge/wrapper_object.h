@@ -3,6 +3,7 @@
 #include <Python.h>
 
 #include "host/entry_tables.h"
+#include "generated_wire_records.h"
 
 // State a few wrapper types attach to their objects (the locked pixels of a BitmapData); most have none.
 struct WrapperExtras {
@@ -20,13 +21,6 @@ struct WrapperObject {
 };
 
 enum InstanceKind : int32_t { kInstanceClass = 0, kInstanceStruct = 1 };
-
-// Argument record of interface and managed-struct parameters.
-struct InstanceArg {
-    int32_t kind;
-    int32_t padding;
-    InstanceHandle handle;
-};
 
 inline InstanceHandle handle_of(PyObject* wrapper) { return reinterpret_cast<WrapperObject*>(wrapper)->handle; }
 

@@ -8,13 +8,7 @@
 #include <cstdint>
 
 #include "bridge/class_binding.h"
-
-// What managed code receives the address of for a T[] parameter.
-struct ArrayArg {
-    int32_t kind;  // ArrayArgKind
-    int32_t padding;
-    uint64_t value;  // InstanceHandle (0 for None), or a borrowed list or sequence
-};
+#include "generated_wire_records.h"
 
 enum ArrayArgKind : int32_t { kArrayHandle = 0, kArrayList = 2, kArraySequence = 3 };
 

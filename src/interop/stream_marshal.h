@@ -6,13 +6,7 @@
 #include <Python.h>
 
 #include <cstdint>
-
-// Argument record of a Stream parameter.
-struct StreamArg {
-    int32_t kind;  // 0: `value` is an InstanceHandle (0 for None); 2: a borrowed Python file object
-    int32_t padding;
-    uint64_t value;
-};
+#include "generated_wire_records.h"
 
 enum StreamArgKind : int32_t { kStreamHandle = 0, kStreamPythonFile = 2 };
 

@@ -3,6 +3,7 @@
 #include <Python.h>
 
 #include <cstdint>
+#include "generated_wire_records.h"
 
 enum VariantCode : int32_t {
     kVariantNone = 0,
@@ -22,12 +23,6 @@ enum VariantCode : int32_t {
     kVariantUuid = 14,
     kVariantList = 15,
     kVariantTuple = 16,
-};
-
-struct VariantArg {
-    int32_t code;
-    int32_t padding;
-    uint64_t value;  // borrowed PyObject*, or the InstanceHandle for codes 1 and 2
 };
 
 inline void reset_variant_arg(VariantArg* arg) {

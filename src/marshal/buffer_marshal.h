@@ -5,13 +5,7 @@
 #include <Python.h>
 
 #include <cstdint>
-
-// What a managed byte[] parameter receives the address of. length -1 is a null array.
-struct BufferArg {
-    int32_t acquired;  // 1 while a buffer is held
-    int32_t length;
-    void* data;
-};
+#include "generated_wire_records.h"
 
 // A Py_buffer followed by its BufferArg, on the wrapper's stack.
 struct BufferLease {

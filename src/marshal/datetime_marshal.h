@@ -5,13 +5,7 @@
 #include <Python.h>
 
 #include <cstdint>
-
-// The managed DateTime's own word (low 62 bits ticks since 0001-01-01, high 2 bits the kind: 0 unspecified,
-// 1 UTC, 2 or 3 local), followed on the wire by the offset from UTC in ticks (DateTimeOffset, local times).
-struct ManagedDateTime {
-    uint64_t value;
-    int64_t offset;
-};
+#include "generated_wire_records.h"
 
 constexpr int64_t kTicksPerDay = 864000000000LL;
 constexpr uint64_t kTicksLimit = 0x2BCA2875F4374000ULL;  // first tick beyond 9999-12-31

@@ -5,16 +5,7 @@
 #include <Python.h>
 
 #include <cstdint>
-
-// The managed decimal's own layout: 96-bit magnitude (low word first), then flags with the sign in
-// bit 31 and the scale in bits 16 to 23. Flags 1 marks the double form: low and mid then hold the
-// low and high halves of an IEEE double's bits, and the managed side makes the decimal from it.
-struct ManagedDecimal {
-    uint32_t low;
-    uint32_t mid;
-    uint32_t high;
-    uint32_t flags;
-};
+#include "generated_wire_records.h"
 
 constexpr uint32_t kDecimalSignBit = 0x80000000u;
 constexpr uint32_t kDecimalDoubleForm = 1u;

@@ -6,14 +6,7 @@
 
 #include <cstdint>
 #include <string>
-
-// View of a str's own storage. length counts code points (-1: null string); kind is the width of
-// one character in bytes (1 Latin-1, 2 UCS-2, 4 UCS-4; 0 while null). No terminator is promised.
-struct StringArg {
-    int32_t length;
-    int32_t kind;
-    const void* data;
-};
+#include "generated_wire_records.h"
 
 inline void reset_string_arg(StringArg* arg) {
     arg->length = -1;

@@ -1,32 +1,4 @@
-// Native records of the seven value types; PointF, SizeF and RectangleF hold doubles, natively and on the wire.
+// Native records of the seven value types (generated with the other wire records); PointF, SizeF and
+// RectangleF hold doubles, natively and on the wire.
 #pragma once
-#include <cstdint>
-
-struct ColorValue {
-    uint8_t a, r, g, b;
-    int32_t state;  // 1 marks the empty colour; other values come from the managed side as they are
-};
-
-struct PointValue {
-    int32_t x, y;
-};
-
-struct SizeValue {
-    int32_t width, height;
-};
-
-struct RectangleValue {
-    int32_t x, y, width, height;
-};
-
-struct PointFValue {
-    double x, y;
-};
-
-struct SizeFValue {
-    double width, height;
-};
-
-struct RectangleFValue {
-    double x, y, width, height;
-};
+#include "generated_wire_records.h"

@@ -106,6 +106,7 @@ out["generic_bytearray_seq"] = run("generic:18", [bytearray(b"xyz")])
 del T, samples, generic, L
 import gc; gc.collect()
 out["live_handles"] = cp.live_handles()
+out["wire_layout_mismatches"] = cp.wire_layout_mismatches()
 print(repr(out))
 '''
 
@@ -250,3 +251,7 @@ class TestGenericElements:
 
 def test_no_handle_outlives_its_wrapper(rows):
     assert rows["live_handles"] == 0
+
+
+def test_the_runtime_lays_out_every_wire_record_as_described(rows):
+    assert rows["wire_layout_mismatches"] == 0

@@ -14,6 +14,7 @@ constexpr const char* kProbeClass = "Orvane.PyFigura.Probe.CallbackProbe";
 struct Entries {
     PyObject* (*Row)(StringArg*, PyObject*, PyObject*, int32_t, int64_t*);
     int64_t (*LiveHandles)();
+    int32_t (*WireLayoutMismatches)();
     bool bound;
 };
 
@@ -21,7 +22,8 @@ Entries g_entries{};
 
 bool bind_probe() {
     const ProbeBinding bindings[] = {{"Row", probe_slot(g_entries.Row)},
-                                     {"LiveHandles", probe_slot(g_entries.LiveHandles)}};
+                                     {"LiveHandles", probe_slot(g_entries.LiveHandles)},
+                                     {"WireLayoutMismatches", probe_slot(g_entries.WireLayoutMismatches)}};
     return bind_probe_entries(kProbeClass, bindings, sizeof bindings / sizeof bindings[0], g_entries.bound);
 }
 
@@ -63,10 +65,17 @@ PyObject* live_handles(PyObject*, PyObject*) {
     return PyLong_FromLongLong(g_entries.LiveHandles());
 }
 
+PyObject* wire_layout_mismatches(PyObject*, PyObject*) {
+    if (!bind_probe()) return nullptr;
+    return PyLong_FromLong(g_entries.WireLayoutMismatches());
+}
+
 PyMethodDef g_methods[] = {
     {"row", reinterpret_cast<PyCFunction>(reinterpret_cast<void*>(row)), METH_VARARGS | METH_KEYWORDS,
      "row(op, target, item=None, index=0, raising=False) -> (status, result, exception)"},
     {"live_handles", live_handles, METH_NOARGS, "number of live instance handles"},
+    {"wire_layout_mismatches", wire_layout_mismatches, METH_NOARGS,
+     "wire records the runtime lays out otherwise than the description"},
     {nullptr, nullptr, 0, nullptr}};
 
 PyModuleDef g_module = {PyModuleDef_HEAD_INIT, "callback_probe", nullptr, -1, g_methods,

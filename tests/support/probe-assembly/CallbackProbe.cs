@@ -46,6 +46,10 @@ namespace Orvane.PyFigura.Probe
         [UnmanagedCallersOnly]
         public static long LiveHandles() => InstanceHandles.Live;
 
+        /// <summary>How many wire records the runtime lays out otherwise than api/records.json says.</summary>
+        [UnmanagedCallersOnly]
+        public static int WireLayoutMismatches() => WireLayout.Mismatches().Length;
+
         private static IntPtr Dispatch(string name, IntPtr target, IntPtr item, int index, long* status)
         {
             *status = 0;
