@@ -214,6 +214,22 @@ class ClassEmitter:
         lines.append(f"{pad}return result;")
         return locals_, units, lines
 
+    QUICK_KINDS = {"convert_string": "kStrArgument", "convert_path": "kStrArgument", "convert_bool": "kBoolArgument",
+                   **{f"convert_{n}": "kNumberArgument" for n in ("byte", "int16", "int32", "int64", "single", "double")}}
+
+    def trial_argument_kinds(self, trial):
+        """The TrialArgument of each parameter, or [] when no positional argument can be ruled out cheaply."""
+        kinds = []
+        for p in trial["params"]:
+            kind = "kAnyArgument"
+            if p["kind"] == "value":
+                form = self.forms.param(p["type"], p.get("clr"), path=p.get("path", False))
+                kind = self.QUICK_KINDS.get(form.converter, kind)
+                if form.c_type == "InstanceHandle" and form.converter.endswith("_convert"):
+                    kind = "kWrapperArgument"
+            kinds.append(kind)
+        return kinds if any(k != "kAnyArgument" for k in kinds) else []
+
     def emit_trials(self, trials, self_arg, failure, constructor=False, gate=False):
         """Body of a method or tp_init: one trial parses directly, several go through the dispatcher."""
         if gate:
@@ -244,6 +260,10 @@ class ClassEmitter:
         # overload pays no exception for the earlier ones that differ in count, and the texts and
         # their order stay what one pass over every trial would give.
         n = len(trials)
+        quick = [self.trial_argument_kinds(t) for t in trials]
+        for i, kinds in enumerate(quick):
+            if kinds:
+                self.out(f"    static const uint8_t quick{i}[] = {{{', '.join(kinds)}}};")
         self.out(f"    PyObject* errors[{n}] = {{}};")
         self.out(f"    bool deferred[{n}] = {{}};")
         self.out("    for (int pass = 0; pass < 2; ++pass) {")
@@ -253,7 +273,8 @@ class ClassEmitter:
             kw, parse = self.parse_call(t["params"], units)
             count = len(t["params"])
             self.out(f"        {{  // {t['entry']}")
-            self.out(f"            if (pass == 0 ? argument_count(args, kwargs) == {count} : deferred[{i}]) {{")
+            may = f" && trial_may_match(args, quick{i}, {count})" if quick[i] else ""
+            self.out(f"            if (pass == 0 ? argument_count(args, kwargs) == {count}{may} : deferred[{i}]) {{")
             for line in locals_:
                 self.out("                " + line)
             self.out("                " + kw)

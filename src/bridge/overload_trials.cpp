@@ -127,3 +127,29 @@ void name_overflowing_argument(PyObject* args, PyObject* kwargs, const char* con
 void name_overflowing_attribute(const char* name) {
     if (PyErr_ExceptionMatches(PyExc_OverflowError)) prefix_overflow("attribute", name);
 }
+
+bool trial_may_match(PyObject* args, const uint8_t* kinds, Py_ssize_t count) {
+    const Py_ssize_t given = PyTuple_GET_SIZE(args) < count ? PyTuple_GET_SIZE(args) : count;
+    for (Py_ssize_t i = 0; i < given; ++i) {
+        PyObject* a = PyTuple_GET_ITEM(args, i);
+        switch (kinds[i]) {
+            case kStrArgument:
+                if (a != Py_None && !PyUnicode_Check(a)) return false;
+                break;
+            case kBoolArgument:
+                if (!PyBool_Check(a)) return false;
+                break;
+            case kNumberArgument:
+                if (a == Py_None || PyUnicode_CheckExact(a) || PyBytes_CheckExact(a)) return false;
+                break;
+            case kWrapperArgument:
+                if (PyLong_CheckExact(a) || PyFloat_CheckExact(a) || PyUnicode_CheckExact(a) || PyBool_Check(a) ||
+                    PyTuple_CheckExact(a) || PyList_CheckExact(a))
+                    return false;
+                break;
+            default:
+                break;
+        }
+    }
+    return true;
+}

@@ -4,11 +4,26 @@
 #include <Python.h>
 
 #include <cstddef>
+#include <cstdint>
 
 // Number of arguments of a call, positional and keyword: a trial of another arity can't parse.
 inline Py_ssize_t argument_count(PyObject* args, PyObject* kwargs) {
     return PyTuple_GET_SIZE(args) + (kwargs != nullptr ? PyDict_GET_SIZE(kwargs) : 0);
 }
+
+// What a positional argument must be for a parameter's converter to have a chance; a trial whose
+// arguments certainly fail is left for the second pass, which makes its message only when no trial
+// matches. So a call that reaches a later overload builds no exception for the earlier ones.
+enum TrialArgument : uint8_t {
+    kAnyArgument = 0,  // the converter decides
+    kStrArgument,      // str (or a subclass) or None
+    kBoolArgument,     // True or False
+    kNumberArgument,   // not an exact str, bytes or None
+    kWrapperArgument,  // not an exact int, float, str, bool, tuple or list
+};
+
+// False when a positional argument certainly fails its parameter's converter.
+bool trial_may_match(PyObject* args, const uint8_t* kinds, Py_ssize_t count);
 
 // A failed parse: keeps the exception's value in `slot` and clears the error for the next trial.
 void keep_trial_error(PyObject** slot);
