@@ -260,7 +260,9 @@ class ClassEmitter:
         # overload pays no exception for the earlier ones that differ in count, and the texts and
         # their order stay what one pass over every trial would give.
         n = len(trials)
-        quick = [self.trial_argument_kinds(t) for t in trials]
+        # A quick look only helps a trial that a later trial of the same arity could still replace.
+        arity = [len(t["params"]) for t in trials]
+        quick = [self.trial_argument_kinds(t) if arity[i] in arity[i + 1:] else [] for i, t in enumerate(trials)]
         for i, kinds in enumerate(quick):
             if kinds:
                 self.out(f"    static const uint8_t quick{i}[] = {{{', '.join(kinds)}}};")
@@ -372,10 +374,12 @@ class ClassEmitter:
         self.out()
         return flags
 
-    def emit_object_use(self):
-        """Instance members of classes mark their object in use for the call (a managed struct is a value)."""
-        if not self.is_struct():
-            self.out("    ObjectUse use(self);")
+    def emit_object_use(self, reading=False):
+        """Instance members of classes mark their object in use for the call (a managed struct is a value);
+        a property read only waits while another thread's released call uses the object."""
+        if self.is_struct():
+            return
+        self.out("    wait_while_used_elsewhere(self);" if reading else "    ObjectUse use(self);")
 
     def emit_methods(self):
         rows = []
@@ -445,7 +449,7 @@ class ClassEmitter:
             getter = f"get_{name}"
             self.out(f"PyObject* {getter}(PyObject* self, void*) {{")
             self.out("    REFUSE_IN_FORKED_CHILD(nullptr);")
-            self.emit_object_use()
+            self.emit_object_use(reading=True)
             trial = {"entry": a["getter"], "params": []}
             _, _, lines = self.call_and_wrap(trial, "handle_of(self)", a["type"], a.get("clr"), 4)
             for line in lines:

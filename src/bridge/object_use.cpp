@@ -36,6 +36,11 @@ void wait_until_free(WrapperObject* w, PyThreadState* me) {
     --w->waiters;
 }
 
+void wait_unless_mine(WrapperObject* w) {
+    PyThreadState* me = PyThreadState_Get();
+    if (w->user != me) wait_until_free(w, me);
+}
+
 void wake_waiters() {
     {
         std::lock_guard<std::mutex> lock(g_mutex);
