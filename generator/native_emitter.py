@@ -143,14 +143,21 @@ class ClassEmitter:
         fn_type = f"{ret} (*)({', '.join(all_types)})"
         call = f"reinterpret_cast<{fn_type}>({self.slot(trial['entry'], trial.get('owner'))})({', '.join(all_args)})"
         released = bool(trial.get("releases_gil"))
+        when = None
         if released:
             # Heavy managed work runs without the interpreter lock, its objects marked in use.
             owner = "self" if self_arg and not constructor else "nullptr"
             span = f"ReleasedCall released({owner}, args, kwargs);"
+            when = trial["releases_gil"] if isinstance(trial["releases_gil"], dict) else None
         if constructor:
             if released:
                 lines.append(f"{pad}InstanceHandle made{{}};")
-                lines.append(f"{pad}{{ {span} made = {call}; }}")
+                if when:
+                    # Only large work pays for giving up the lock: {"area_at_least": N} over the first two parameters.
+                    lines.append(f"{pad}if (static_cast<int64_t>(a0) * a1 >= {when['area_at_least']}) {{ {span} made = {call}; }}")
+                    lines.append(f"{pad}else made = {call};")
+                else:
+                    lines.append(f"{pad}{{ {span} made = {call}; }}")
                 call = "made"
             lines.append(f"{pad}reinterpret_cast<WrapperObject*>(self)->handle = {call};")
             lines.append(f"{pad}return PyErr_Occurred() ? -1 : 0;")
@@ -161,6 +168,8 @@ class ClassEmitter:
             data = trial["params"][0]["name"]
             lines.append(f"{pad}PyObject* const bits = argument_object(args, kwargs, 0, {c_string(data)});")
             lines.append(f"{pad}if (!locked_bits_may_end(bits)) return {failure};")
+        if released and when:
+            raise ValueError(f"{trial['entry']}: a conditional release is for constructors")
         if ret == "void":
             lines.append(f"{pad}{{ {span} {call}; }}" if released else f"{pad}{call};")
         elif released:
