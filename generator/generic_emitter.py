@@ -32,6 +32,12 @@ def element_of(inst):
     return inst["element"] or ELEMENT_CHOICE[inst["suffix"]]
 
 
+def readable(inst):
+    """File-name part of an instantiation: its element type, then the suffix that tells it apart."""
+    element = element_of(inst).replace("[]", "Array").replace(".", "_")
+    return f"{element}_{inst['suffix']}"
+
+
 def instantiations(model):
     return model.modules["wrpgen"]["generic"]["instantiations"]
 
@@ -237,7 +243,7 @@ def emit_native(model, out_dir):
     files = {os.path.join(out_dir, HEADER): native_header(model, generic),
              os.path.join(out_dir, "generic_contents.cpp"): native_contents(generic)}
     for inst in generic["instantiations"]:
-        files[os.path.join(out_dir, "generic", f"generic_{inst['suffix']}.cpp")] = \
+        files[os.path.join(out_dir, "generic", f"generic_{readable(inst)}.cpp")] = \
             native_instantiation(model, generic, inst) + "\n"
     return files
 
@@ -340,7 +346,7 @@ def emit_managed(model, out_dir):
     generic = model.modules["wrpgen"]["generic"]
     files = {}
     for inst in generic["instantiations"]:
-        files[os.path.join(out_dir, "Generic", f"SiApiArray_{inst['suffix']}.cs")] = \
+        files[os.path.join(out_dir, "Generic", f"SiApiArray_{readable(inst)}.cs")] = \
             managed_instantiation(model, generic, inst)
     return files
 

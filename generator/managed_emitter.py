@@ -449,19 +449,22 @@ class ManagedEmitter:
         """Relative path -> file text, for every interop class of the description."""
         out = {}
         for cls in self.model.classes:
-            out[self.path_of(cls["entry_class"])] = self.class_file(cls, self.class_entries(cls), cls["managed_name"])
+            out[self.path_of(cls["entry_class"], cls["name"])] = self.class_file(
+                cls, self.class_entries(cls), cls["managed_name"])
         for value in self.model.values:
-            out[self.path_of(value["entry_class"])] = self.class_file(
+            out[self.path_of(value["entry_class"], value["name"])] = self.class_file(
                 value, self.value_entries(value), "the value type " + value["managed_name"])
         for enum in self.model.enums:
-            out[self.path_of(enum["interop_class"])] = self.enum_file(enum)
+            out[self.path_of(enum["interop_class"], enum["name"])] = self.enum_file(enum)
         return out
 
     @staticmethod
-    def path_of(entry_class):
-        namespace, cls_name = split_entry_class(entry_class)
+    def path_of(entry_class, name):
+        """The file of an interop class: its namespace as folders, the Python name of its type as file name
+        (a nested type joined with '+', as its managed name)."""
+        namespace, _ = split_entry_class(entry_class)
         parts = [p[len("WrpNs_"):] for p in namespace.split(".")]
-        return os.path.join(*parts, cls_name + ".cs")
+        return os.path.join(*parts, name.replace(".", "+") + ".cs")
 
 
 def emit_managed(model, out_dir):

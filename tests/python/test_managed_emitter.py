@@ -41,9 +41,15 @@ class Generated:
         return cls._files
 
 
+# Interop class -> the Python name of its type, which names its file.
+READABLE = {t["entry_class" if "entry_class" in t else "interop_class"]: t["name"]
+            for t in MODEL.classes + MODEL.values + MODEL.enums}
+
+
 def text_of(interop_class):
     namespace, _, cls = interop_class.rpartition(".")
-    rel = os.path.join(*[p[len("WrpNs_"):] for p in namespace.split(".")], cls + ".cs")
+    rel = os.path.join(*[p[len("WrpNs_"):] for p in namespace.split(".")],
+                       READABLE[interop_class].replace(".", "+") + ".cs")
     text = Generated.files()[rel]
     assert "namespace " + namespace + "\n" in text, rel
     assert "public static unsafe class " + cls + "\n" in text, rel
