@@ -42,11 +42,14 @@ def main(number=200_000):
         ("Color.from_argb", "Color.from_argb(255, 1, 2, 3)", "Floor.from_argb(255, 1, 2, 3)", number),
         ("bitmap.get_pixel", "b.get_pixel(3, 4)", "f.get_pixel(3, 4)", number),
         ("Point.add", "Point.add(p, s)", "Floor.add(fp, fs)", number),
+        ("g.fill_rectangle(floats)", "g.fill_rectangle(br, 1.5, 2.5, 3.0, 4.0)",
+         "f.fill_rectangle(f, 1.5, 2.5, 3.0, 4.0)", number),
     ]
     env = {"b": bitmap, "f": floor, "Bitmap": fig.Bitmap, "Floor": call_floor.Floor,
            "StringFormat": fig.StringFormat, "Color": fig.Color, "Point": fig.Point,
            "p": fig.Point(1, 2), "s": fig.Size(3, 4),
-           "fp": call_floor.FloorPoint(1, 2), "fs": call_floor.FloorSize(3, 4)}
+           "fp": call_floor.FloorPoint(1, 2), "fs": call_floor.FloorSize(3, 4),
+           "g": fig.Graphics.from_image(bitmap), "br": fig.SolidBrush(fig.Color.steel_blue)}
     print(f"{'call':24} {'bound ns':>9} {'floor ns':>9} {'C# ns':>8} {'x floor':>8} {'x limit':>8}")
     for name, bound_stmt, floor_stmt, n in cases:
         bound = per_call_ns(bound_stmt, env, n)

@@ -167,6 +167,33 @@ PyObject* floor_get_pixel(PyObject* self, PyObject* args, PyObject* kwargs) {
     return wrap_pair(r, &g_color_type);
 }
 
+// fill_rectangle(brush, x, y, w, h) with floats: a wrapper argument and four Singles, a void entry.
+extern PyTypeObject g_type;
+using FillEntry = void (*)(uint64_t, uint64_t, float, float, float, float);
+void fake_fill(uint64_t, uint64_t, float, float, float, float) {}
+volatile FillEntry g_fill = fake_fill;
+
+int convert_floor(PyObject* object, void* out) {
+    if (!PyObject_TypeCheck(object, &g_type)) {
+        PyErr_Format(PyExc_TypeError, "can't build Brush from '%s'", Py_TYPE(object)->tp_name);
+        return 0;
+    }
+    *static_cast<uint64_t*>(out) = reinterpret_cast<FloorObject*>(object)->handle;
+    return 1;
+}
+
+PyObject* floor_fill_rectangle(PyObject* self, PyObject* args, PyObject* kwargs) {
+    uint64_t brush = 0;
+    float x = 0, y = 0, w = 0, h = 0;
+    static const char* const kw[] = {"brush", "x", "y", "width", "height", nullptr};
+    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "O&O&O&O&O&", const_cast<char**>(kw), convert_floor, &brush,
+                                     convert_single, &x, convert_single, &y, convert_single, &w, convert_single, &h))
+        return nullptr;
+    g_fill(reinterpret_cast<FloorObject*>(self)->handle, brush, x, y, w, h);
+    if (PyErr_Occurred()) return nullptr;
+    Py_RETURN_NONE;
+}
+
 // The same call with the interpreter lock given up around the managed part, as heavy calls do.
 PyObject* floor_get_pixel_released(PyObject* self, PyObject* args, PyObject* kwargs) {
     int32_t x = 0, y = 0;
@@ -196,6 +223,8 @@ PyMethodDef g_methods[] = {{"set_resolution", reinterpret_cast<PyCFunction>(floo
                             METH_VARARGS | METH_KEYWORDS, nullptr},
                            {"get_pixel", reinterpret_cast<PyCFunction>(floor_get_pixel), METH_VARARGS | METH_KEYWORDS,
                             nullptr},
+                           {"fill_rectangle", reinterpret_cast<PyCFunction>(floor_fill_rectangle),
+                            METH_VARARGS | METH_KEYWORDS, nullptr},
                            {"get_pixel_released", reinterpret_cast<PyCFunction>(floor_get_pixel_released),
                             METH_VARARGS | METH_KEYWORDS, nullptr},
                            {"from_argb", reinterpret_cast<PyCFunction>(floor_from_argb),
