@@ -264,44 +264,38 @@ class ClassEmitter:
             for line in lines:
                 self.out(line)
             return
-        # A trial whose argument count can't match is only noted in the first pass; its message is
-        # made in a second pass, and only when no trial matched. So a call that reaches a later
-        # overload pays no exception for the earlier ones that differ in count, and the texts and
-        # their order stay what one pass over every trial would give.
+        # Several trials are data: one function each (a lambda) in a table that the hand-written
+        # dispatcher walks. A quick look at the arguments only helps a trial that a later trial of the
+        # same arity could still replace.
         n = len(trials)
-        # A quick look only helps a trial that a later trial of the same arity could still replace.
+        if n > 32:
+            raise ValueError(f"{self.id}: {n} overloads, the dispatcher takes at most 32")
+        result_type = "int" if constructor else "PyObject*"
         arity = [len(t["params"]) for t in trials]
         quick = [self.trial_argument_kinds(t) if arity[i] in arity[i + 1:] else [] for i, t in enumerate(trials)]
         for i, kinds in enumerate(quick):
             if kinds:
                 self.out(f"    static const uint8_t quick{i}[] = {{{', '.join(kinds)}}};")
-        self.out(f"    PyObject* errors[{n}] = {{}};")
-        self.out(f"    bool deferred[{n}] = {{}};")
-        self.out("    for (int pass = 0; pass < 2; ++pass) {")
+        self.out(f"    static const OverloadTrial<{result_type}> trials[] = {{")
         for i, t in enumerate(trials):
-            locals_, units, lines = self.call_and_wrap(t, self_arg, t.get("result"), t.get("result_clr"), 16,
+            locals_, units, lines = self.call_and_wrap(t, self_arg, t.get("result"), t.get("result_clr"), 12,
                                                        failure, constructor)
             kw, parse = self.parse_call(t["params"], units)
-            count = len(t["params"])
-            self.out(f"        {{  // {t['entry']}")
-            may = f" && trial_may_match(args, quick{i}, {count})" if quick[i] else ""
-            self.out(f"            if (pass == 0 ? argument_count(args, kwargs) == {count}{may} : deferred[{i}]) {{")
+            kinds = f"quick{i}" if quick[i] else "nullptr"
+            self.out(f"        {{{arity[i]}, {kinds},  // {t['entry']}")
+            self.out(f"         []([[maybe_unused]] PyObject* self, PyObject* args, PyObject* kwargs, bool* parsed) "
+                     f"-> {result_type} {{")
             for line in locals_:
-                self.out("                " + line)
-            self.out("                " + kw)
-            self.out(f"                if ({parse}) {{")
-            self.out(f"                    drop_trial_errors(errors, {i});")
+                self.out("            " + line)
+            self.out("            " + kw)
+            self.out(f"            if (!{parse}) return {failure};")
+            self.out("            *parsed = true;")
             for line in lines:
-                self.out("    " + line)
-            self.out("                }")
-            self.out(f"                keep_trial_error(&errors[{i}]);")
-            self.out("            } else if (pass == 0) {")
-            self.out(f"                deferred[{i}] = true;")
-            self.out("            }")
-            self.out("        }")
-        self.out("    }")
-        self.out(f"    raise_trial_errors(errors, {len(trials)});")
-        self.out(f"    return {failure};")
+                self.out(line)
+            self.out("         }},")
+        self.out("    };")
+        typed_failure = "-1" if constructor else "static_cast<PyObject*>(nullptr)"
+        self.out(f"    return dispatch_trials(trials, {n}, self, args, kwargs, {typed_failure});")
 
     # --- artefacts -----------------------------------------------------------------------------
     def emit_table(self):

@@ -153,3 +153,57 @@ bool trial_may_match(PyObject* args, const uint8_t* kinds, Py_ssize_t count) {
     }
     return true;
 }
+
+namespace {
+
+// Cold: the kept errors of the failed trials, the others null, as raise_trial_errors reads them.
+[[gnu::cold, gnu::noinline]] void raise_failed_trials(PyObject** errors, uint32_t failed, size_t count) {
+    for (size_t i = 0; i < count; ++i)
+        if ((failed & (1u << i)) == 0) errors[i] = nullptr;
+    raise_trial_errors(errors, count);
+}
+
+void drop_failed_trials(PyObject** errors, uint32_t failed) {
+    for (size_t i = 0; failed != 0; ++i, failed >>= 1)
+        if (failed & 1u) Py_CLEAR(errors[i]);
+}
+
+}  // namespace
+
+// The error slots are filled only for trials that failed, so a call pays no clearing of 32 slots.
+template <typename Result>
+Result dispatch_trials(const OverloadTrial<Result>* trials, size_t count, PyObject* self, PyObject* args,
+                       PyObject* kwargs, Result failure) {
+    PyObject* errors[kMaxTrials];
+    uint32_t deferred = 0, failed = 0;
+    const Py_ssize_t given = argument_count(args, kwargs);
+    for (int pass = 0; pass < 2; ++pass) {
+        for (size_t i = 0; i < count; ++i) {
+            const OverloadTrial<Result>& trial = trials[i];
+            const uint32_t bit = 1u << i;
+            if (pass == 0) {
+                if (trial.arity != given || (trial.kinds != nullptr && !trial_may_match(args, trial.kinds, trial.arity))) {
+                    deferred |= bit;
+                    continue;
+                }
+            } else if ((deferred & bit) == 0) {
+                continue;
+            }
+            bool parsed = false;
+            Result result = trial.run(self, args, kwargs, &parsed);
+            if (parsed) {
+                if (failed != 0) drop_failed_trials(errors, failed);
+                return result;
+            }
+            keep_trial_error(&errors[i]);
+            failed |= bit;
+        }
+        if (deferred == 0) break;
+    }
+    raise_failed_trials(errors, failed, count);
+    return failure;
+}
+
+template PyObject* dispatch_trials<PyObject*>(const OverloadTrial<PyObject*>*, size_t, PyObject*, PyObject*, PyObject*,
+                                              PyObject*);
+template int dispatch_trials<int>(const OverloadTrial<int>*, size_t, PyObject*, PyObject*, PyObject*, int);

@@ -25,6 +25,27 @@ enum TrialArgument : uint8_t {
 // False when a positional argument certainly fails its parameter's converter.
 bool trial_may_match(PyObject* args, const uint8_t* kinds, Py_ssize_t count);
 
+// One overload as data: its arity, the TrialArgument kind of each parameter (null: no quick look) and
+// the function that parses the arguments and, when they convert, calls the entry. That function sets
+// *parsed and returns the call's result, or leaves the parse error set and *parsed false.
+template <typename Result>
+struct OverloadTrial {
+    Py_ssize_t arity;
+    const uint8_t* kinds;
+    Result (*run)(PyObject* self, PyObject* args, PyObject* kwargs, bool* parsed);
+};
+
+constexpr size_t kMaxTrials = 32;
+
+// The dispatch of every overloaded method and constructor. First pass: the trials whose arity matches
+// and whose arguments pass the quick look, in order; the first that parses is final, whatever its call
+// does. Second pass, only when none parsed: the others, for their messages; then raise_trial_errors.
+// A trial that failed in the first pass keeps its error; a trial left for the second builds none
+// unless no trial matches.
+template <typename Result>
+Result dispatch_trials(const OverloadTrial<Result>* trials, size_t count, PyObject* self, PyObject* args,
+                       PyObject* kwargs, Result failure);
+
 // A failed parse: keeps the exception's value in `slot` and clears the error for the next trial.
 void keep_trial_error(PyObject** slot);
 

@@ -236,3 +236,32 @@ class TestOutLists:
         unit = [f.GraphicsUnit.INCH, "rest"]  # a ref value goes in; the managed side overwrites it
         f.Bitmap(2, 3).get_bounds(unit)
         assert unit == [f.GraphicsUnit.PIXEL, "rest"]
+
+
+class TestDispatcher:
+    """The dispatcher on its own, over three synthetic trials (text | number | a, b) of tests/support."""
+
+    def test_first_pass_quick_look_and_final_trials(self):
+        import dispatch_probe as d
+        d.runs()
+        assert d.call("abc") == ("text", 3) and d.runs() == (1, 0, 0)
+        assert d.call(None) == ("text", -1) and d.runs() == (1, 0, 0)
+        # a number never reaches the text trial: the quick look leaves it for a second pass that never comes
+        assert d.call(7) == ("number", 7) and d.runs() == (0, 1, 0)
+        assert d.call(number=2.9) == ("number", 2) and d.runs() == (1, 1, 0)  # keywords get no quick look
+        assert d.call(1, 2) == ("pair", 1, 2) and d.runs() == (0, 0, 1)
+        with pytest.raises(ArithmeticError, match="negative -1"):
+            d.call(-1, 2)  # parsed: final, its error is raised as it is
+        assert d.runs() == (0, 0, 1)
+
+    def test_no_match_lists_every_trial_in_order(self):
+        import dispatch_probe as d
+        d.runs()
+        with pytest.raises(TypeError) as caught:
+            d.call(b"raw")
+        texts = caught.value.args[0]
+        assert texts[:2] == ["can't build String from 'bytes'", "can't build 'Int32' from 'bytes'"] and len(texts) == 3
+        assert d.runs() == (1, 1, 1)  # each trial ran once: for its message
+        with pytest.raises(TypeError) as caught:
+            d.call(1, 2, 3)
+        assert len(caught.value.args[0]) == 3
