@@ -83,6 +83,10 @@ test-asan: deps all test-assets
 	    PYTHONPATH=$(ASAN)/python:$(ASAN)/native/tests $(PY) -m pytest -q -p no:cacheprovider $(ASAN_TESTS)
 
 # Hostile images: 3,000 mutated files of eight formats; crashes are checked against a plain .NET program.
+# The test suite against the small deliberate faults of tools/faults/faults.json, one at a time.
+faults: deps
+	$(PY) tools/faults/run.py --rev HEAD --work $(BUILD)/faults
+
 fuzz: deps all
 	PYTHONPATH=$(BUILD)/python $(PY) tools/fuzz/image_fuzz.py --files 3000 --work $(BUILD)/fuzz
 
