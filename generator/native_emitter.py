@@ -698,7 +698,8 @@ def emit_module_contents(model, installers):
     import value_emitter  # builds on this module's class emitter
     root = model.modules["root"]
     lines = [BANNER.rstrip(), "// Contents of the modules of the package tree, in their fixed orders.",
-             f'#include "{HEADER}"', f'#include "{enum_emitter.HEADER}"', '#include "common/module_contents.h"',
+             f'#include "{HEADER}"', f'#include "{enum_emitter.HEADER}"', '#include "bridge/descriptors.h"',
+             '#include "common/module_contents.h"', '#include "interop/interop_types.h"',
              "", "namespace {", ""]
 
     def type_ref(name):
@@ -753,7 +754,39 @@ def emit_module_contents(model, installers):
         values = value_emitter.root_values(model) if var == "kRootContents" else "nullptr, 0"
         lines.append(f"const ModuleContents {var} = {{{ready}, {enums}, {classes}, {n}, {values}}};")
     lines.append("")
+    # The sub-modules of the root, in the order they are created.
+    lines.append("const SubModuleRow kSubModules[] = {")
+    for sub in model.modules["submodules"]:
+        lines.append(f"    {{{c_string(sub['module'])}, &{sub_vars[sub['name']]}, {c_string(sub['name'])}}},")
+    lines.append("};")
+    lines.append(f"const size_t kSubModuleCount = {len(model.modules['submodules'])};")
+    lines.append("")
+    lines += emit_interop_rows(model)
     return "\n".join(lines) + "\n"
+
+
+def emit_interop_rows(model):
+    """_wrpgen._interop's types with their interface sets and marks, and the root's descriptor types."""
+    interop = model.modules["wrpgen"]["interop"]["types"]
+    lines = ["namespace {", ""]
+    rows = []
+    for t in interop:
+        ifaces = t["interfaces"]
+        var = f"k{ident(t['name'])}_interfaces"
+        if ifaces:
+            lines.append(f"PyTypeObject* const {var}[] = {{{', '.join(f'&{ident(n)}_Type' for n in ifaces)}}};")
+        iface_list = f"TypeList{{{var}, {len(ifaces)}}}" if ifaces else "TypeList{nullptr, 0}"
+        marked = "true" if t["host_mark"] is not None else "false"
+        rows.append(f"    {{&{ident(t['name'])}_Type, {c_string(t['name'])}, {iface_list}, {marked}}},")
+    lines += ["", "const InteropRegistration kInteropTypes[] = {"] + rows + ["};", "", "}  // namespace", "",
+              f"const InteropContents kInteropContents = {{kInteropTypes, {len(interop)}}};", ""]
+    descriptors = model.modules["root"]["descriptor_types"]
+    types = ", ".join(f"&{n[1:]}" for n in descriptors)
+    names = ", ".join(c_string(n) for n in descriptors)
+    lines.append(f"PyTypeObject* const kRootDescriptorTypes[] = {{{types}, nullptr}};")
+    lines.append(f"const char* const kRootDescriptorNames[] = {{{names}, nullptr}};")
+    lines.append("")
+    return lines
 
 
 def emit_native(model, out_dir):

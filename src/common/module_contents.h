@@ -85,6 +85,15 @@ extern const ModuleContents kDesignContents;
 extern const ModuleContents kPrintingContents;
 extern const ModuleContents kImagingContents;
 extern const InteropContents kInteropContents;
+
+// The sub-modules of the root in the order they are created and added.
+struct SubModuleRow {
+    const char* name;  // full dotted name
+    const ModuleContents* contents;
+    const char* short_name;
+};
+extern const SubModuleRow kSubModules[];
+extern const size_t kSubModuleCount;
 extern const GenericContents kGenericContents;
 
 // Descriptor types readied and added to the root before anything else; null-terminated.

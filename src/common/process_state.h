@@ -14,6 +14,8 @@
 //                         generated callback_tables.cpp and generic_callbacks.cpp (from api/callbacks.json):
 //                         the callback tables handed to managed code
 //   g_dispose_guard       bridge/wrapper_object.cpp   the check every dispose() asks first
+//   g_root_def, g_sub_defs, g_wrpgen_def, g_interop_def, g_generic_def, g_interop_functions
+//                         module/module_tree.cpp      module definitions (live as long as their modules)
 //   Point_capsule_slot, Point_capsule_v1_slot, PointF_capsule_slot, PointF_capsule_v1_slot, Size_capsule_slot,
 //   Size_capsule_v1_slot, SizeF_capsule_slot, SizeF_capsule_v1_slot, Rectangle_capsule_slot,
 //   Rectangle_capsule_v1_slot, RectangleF_capsule_slot, RectangleF_capsule_v1_slot, Color_capsule_slot,

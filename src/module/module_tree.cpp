@@ -15,11 +15,10 @@ PyModuleDef make_definition(const char* name) {
 }
 
 PyModuleDef g_root_def = make_definition("orvane.pyfigura");
-PyModuleDef g_text_def = make_definition("orvane.pyfigura.text");
-PyModuleDef g_drawing2d_def = make_definition("orvane.pyfigura.drawing2d");
-PyModuleDef g_design_def = make_definition("orvane.pyfigura.design");
-PyModuleDef g_printing_def = make_definition("orvane.pyfigura.printing");
-PyModuleDef g_imaging_def = make_definition("orvane.pyfigura.imaging");
+// The sub-modules' definitions, made from the generated rows on first use; a definition lives as long
+// as its module.
+constexpr size_t kMaxSubModules = 8;
+PyModuleDef g_sub_defs[kMaxSubModules];
 PyModuleDef g_wrpgen_def = make_definition("orvane.pyfigura._wrpgen");
 PyMethodDef g_interop_functions[] = {MANAGED_COLLECTION_METHODS, FAULT_SIGNAL_METHODS, {nullptr, nullptr, 0, nullptr}};
 PyModuleDef g_interop_def = [] {
@@ -222,12 +221,6 @@ PyObject* create_generic_module() {
     return module;
 }
 
-struct SubModule {
-    PyModuleDef* def;
-    const ModuleContents* contents;
-    const char* short_name;
-};
-
 }  // namespace
 
 int ready_and_add_type(PyObject* module, PyTypeObject* type, const char* name) {
@@ -247,13 +240,11 @@ PyObject* create_root_module() {
             return nullptr;
         }
     }
-    const SubModule subs[] = {{&g_text_def, &kTextContents, "text"},
-                              {&g_drawing2d_def, &kDrawing2DContents, "drawing2d"},
-                              {&g_design_def, &kDesignContents, "design"},
-                              {&g_printing_def, &kPrintingContents, "printing"},
-                              {&g_imaging_def, &kImagingContents, "imaging"}};
-    for (const SubModule& sub : subs) {
-        PyObject* child = create_filled_module(*sub.def, *sub.contents);
+    static_assert(kMaxSubModules >= 5, "room for the sub-modules of the description");
+    for (size_t i = 0; i < kSubModuleCount && i < kMaxSubModules; ++i) {
+        const SubModuleRow& sub = kSubModules[i];
+        g_sub_defs[i] = make_definition(sub.name);
+        PyObject* child = create_filled_module(g_sub_defs[i], *sub.contents);
         if (child == nullptr || add_child_module(root, child, sub.short_name) < 0) {
             Py_DECREF(root);
             return nullptr;
