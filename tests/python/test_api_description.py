@@ -103,7 +103,8 @@ class StatedTotals(unittest.TestCase):
         counts = {e["name"]: len(e["members"]) for e in ENUMS}
         self.assertEqual(counts["EmfPlusRecordType"], 253)
         self.assertEqual(counts["KnownColor"], 174)
-        self.assertEqual(sum(m.get("irregular_accessor", False) for e in ENUMS for m in e["members"]), 27)
+        irregular = sum(m["accessor"] != "getsa_" + pascal(m["name"]) for e in ENUMS for m in e["members"])
+        self.assertEqual(irregular, 27)  # accessors whose managed name the member name doesn't spell
 
     def test_value_types_and_colours(self):
         self.assertEqual([v["name"] for v in VALUES], MODULES["root"]["value_types"])
@@ -193,7 +194,6 @@ class ModuleOrders(unittest.TestCase):
     def test_generic_instantiations(self):
         g = MODULES["wrpgen"]["generic"]
         full = [i for i in g["instantiations"] if i["kind"] == "full"]
-        self.assertEqual(g["suffixes"], [i["suffix"] for i in full])
         self.assertEqual(len(full), 13)
         self.assertEqual(sum(i["argument_converter"] for i in g["instantiations"]), 18)
         self.assertIn("SqSetItemNoChek", g["tables"]["array_entries"])
@@ -309,8 +309,6 @@ class ClassConsistency(unittest.TestCase):
                 self.assertEqual(c["host_mark"] == "Ellipsis", c["shape"] == "managed_struct")
                 self.assertEqual(c["no_constructor"], not c["constructors"])
                 self.assertEqual(c["collection"] is not None, "_IColWrapper" in c["interfaces"])
-                mixed = any(m["form"] == "mixed" for m in c["methods"])
-                self.assertEqual(c["static_attributes"], bool(c["class_attributes"]) or mixed)
                 self.assertEqual(c["capsule"], "_C_APIT_" + c["managed_name"].rsplit(".", 1)[-1])
 
     def test_method_forms(self):
@@ -424,7 +422,6 @@ class ManagedTypes(unittest.TestCase):
             self.assertEqual(len(names), len(set(names)), e["name"])
             for m in e["members"]:
                 rule = "getsa_" + pascal(m["name"])
-                self.assertEqual(m["accessor"] == rule, not m.get("irregular_accessor"), (e["name"], m))
                 self.assertNotIn("unmatched", m, (e["name"], m))
 
 

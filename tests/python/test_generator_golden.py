@@ -32,7 +32,7 @@ WIDGET = {
     "name": "Widget", "module": "orvane.pyfigura", "qualified_name": "orvane.pyfigura.Widget",
     "managed_name": "System.Drawing.Widget", "entry_class": "WrpNs_System.WrpNs_Drawing.WrpCs_Widget_0000CAFE",
     "shape": "class", "outer": None, "base": None, "interfaces": [], "host_mark": "None",
-    "static_attributes": False, "context_manager": True, "no_constructor": False, "capsule": "_C_APIT_Widget",
+    "context_manager": True, "no_constructor": False, "capsule": "_C_APIT_Widget",
     "collection": None, "managed_kind": "sealed class",
     "constructors": [{"entry": "ctor_000_Widget", "managed_name": ".ctor",
                       "params": [{"name": "width", "type": "Int32", "kind": "value", "clr": "System.Int32"}]}],
