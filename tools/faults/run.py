@@ -28,6 +28,17 @@ def run(cmd, cwd, timeout, env=None):
         return "timeout", ""
 
 
+def first_failure(output):
+    """The first failing test named in ctest's or pytest's output, for the table."""
+    for line in output.splitlines():
+        line = line.strip()
+        if line.startswith(("FAILED ", "ERROR ")):
+            return line.split(" ")[1].split("::")[0].replace("tests/python/", "")
+        if "***Failed" in line or "(Failed)" in line:
+            return "ctest " + line.split(" - ")[-1].split()[0] if " - " in line else "ctest"
+    return "a crash"
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--rev", default="HEAD")
@@ -50,6 +61,9 @@ def main():
     code, out = run(build, tree, 3600, env)
     if code != 0:
         sys.exit("the unchanged tree does not build:\n" + out)
+    code, out = run(tests, tree, 1200, env)
+    if code != 0:
+        sys.exit("the unchanged tree fails its tests, so no fault could be told apart:\n" + out)
     rows = []
     for fault in faults:
         path = os.path.join(tree, fault["file"])
@@ -66,15 +80,17 @@ def main():
             if code != 0:
                 verdict = "build failed"
             else:
-                code, _ = run(tests, tree, 1200, env)
+                code, out = run(tests, tree, 1200, env)
                 verdict = "caught" if code != 0 else "MISSED"
                 if code == "timeout":
                     verdict = "caught (timeout)"
+                elif code != 0:
+                    verdict += " by " + first_failure(out)
         finally:
             with open(path, "w", encoding="utf-8") as f:
                 f.write(original)
         rows.append((fault["id"], verdict, time.time() - start))
-        print(f"{fault['id']:28} {verdict:18} {rows[-1][2]:6.0f} s", flush=True)
+        print(f"{fault['id']:28} {verdict:50} {rows[-1][2]:6.0f} s", flush=True)
     run(build, tree, 3600, env)  # leave the tree built as it is
     caught = sum(1 for _, v, _ in rows if v.startswith("caught"))
     tested = sum(1 for _, v, _ in rows if v in ("MISSED",) or v.startswith("caught"))
