@@ -114,11 +114,53 @@ ReleasedCall::~ReleasedCall() {
     if (wake) object_use::wake_waiters();
 }
 
+namespace {
+
+// The objects that have a partner, so that disposing a partner can reach them: libgdiplus frees an
+// image's memory on dispose, and a Graphics still drawing into it would write into freed memory.
+struct PartnerLink : WrapperExtras {
+    PyObject* dependent = nullptr;  // borrowed: the link dies with it
+    PartnerLink* next = nullptr;
+};
+
+PartnerLink* g_partner_links = nullptr;
+
+void release_link(WrapperExtras* extras) {
+    PartnerLink* link = static_cast<PartnerLink*>(extras);
+    for (PartnerLink** p = &g_partner_links; *p != nullptr; p = &(*p)->next) {
+        if (*p == link) {
+            *p = link->next;
+            break;
+        }
+    }
+    delete link;
+}
+
+}  // namespace
+
 PyObject* with_partner(PyObject* result, PyObject* partner) {
     int32_t kind;
     if (result == nullptr || partner == nullptr || !recognise_by_slot(partner, &kind) || kind != kInstanceClass)
         return result;
     WrapperObject* w = reinterpret_cast<WrapperObject*>(result);
     Py_XSETREF(w->partner, Py_NewRef(partner));
+    if (w->extras == nullptr) {
+        PartnerLink* link = new PartnerLink();
+        link->release = release_link;
+        link->dependent = result;
+        link->next = g_partner_links;
+        g_partner_links = link;
+        w->extras = link;
+    }
     return result;
+}
+
+bool dispose_dependents(PyObject* partner) {
+    for (PartnerLink* link = g_partner_links; link != nullptr; link = link->next) {
+        WrapperObject* dependent = reinterpret_cast<WrapperObject*>(link->dependent);
+        if (dependent->partner != partner || dependent->handle == 0) continue;
+        object_host().Dispose(dependent->handle);
+        if (PyErr_Occurred()) return false;
+    }
+    return true;
 }

@@ -68,3 +68,7 @@ private:
 
 // Gives `result` (a new wrapper, or null) the partner `partner` (borrowed; ignored unless a wrapper).
 PyObject* with_partner(PyObject* result, PyObject* partner);
+
+// Before `partner` is disposed: disposes the objects that work on it (the Graphics of an image), so
+// that they raise ObjectDisposed errors instead of drawing into freed memory. False with an error set.
+bool dispose_dependents(PyObject* partner);

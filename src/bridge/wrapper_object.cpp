@@ -115,6 +115,7 @@ PyObject* wrapper_exit(PyObject* self, PyObject*) {
     REFUSE_IN_FORKED_CHILD(nullptr);
     ObjectUse use(self);  // not while another thread draws with it
     if (g_dispose_guard != nullptr && !g_dispose_guard(self)) return nullptr;
+    if (!dispose_dependents(self)) return nullptr;
     object_host().Dispose(handle_of(self));
     if (PyErr_Occurred()) return nullptr;
     Py_RETURN_NONE;

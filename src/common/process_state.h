@@ -29,5 +29,6 @@
 //   g_active, state       host/released_calls.cpp     threads inside released calls; per thread, its saved state
 //   g_mutex, g_free, g_generation  bridge/object_use.cpp  waking threads that wait for an object in use
 //   g_locked              interop/locked_bits.cpp     BitmapData objects whose bits are locked (interpreter lock)
+//   g_partner_links       bridge/object_use.cpp       objects with a partner, for a dispose of the partner
 // The wrapped objects carry their own state (handle, extras, partner, user thread).
 #pragma once

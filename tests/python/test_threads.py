@@ -77,6 +77,7 @@ def test_a_call_on_an_object_waits_for_the_released_call_using_it():
             return super().write(data)
 
     out = SlowFile()
+    graphics, brush = f.Graphics.from_image(bitmap), f.SolidBrush(f.Color.red)
     saver = threading.Thread(target=bitmap.save, args=(out, im.ImageFormat.png))
     saver.start()
     assert inside.wait(10)
@@ -88,22 +89,29 @@ def test_a_call_on_an_object_waits_for_the_released_call_using_it():
         except RuntimeError as error:  # the dispose may come first: then the read is refused cleanly
             results.append(type(error))
 
-    others = [threading.Thread(target=attempt, args=(call,)) for call in (lambda: bitmap.get_pixel(0, 0),
-                                                                            bitmap.dispose)]
+    # A draw through a Graphics of the bitmap waits too: the graphics has the bitmap as its partner.
+    calls = (lambda: graphics.fill_rectangle(brush, 0, 0, 1, 1), lambda: bitmap.get_pixel(0, 0), bitmap.dispose)
+    others = [threading.Thread(target=attempt, args=(call,)) for call in calls]
     for t in others:
         t.start()
     others[0].join(0.3)
-    assert all(t.is_alive() for t in others) and results == []  # both wait for the save to end
+    assert all(t.is_alive() for t in others) and results == []  # all wait for the save to end
     go_on.set()
     for t in [saver] + others:
         t.join(10)
         assert not t.is_alive()
-    assert len(results) == 2 and out.getvalue().startswith(b"\x89PNG")
+    assert len(results) == 3 and out.getvalue().startswith(b"\x89PNG")
     assert f.Image.from_stream(io.BytesIO(out.getvalue())).width == 200
 
 
-def test_a_graphics_keeps_its_image_alive_and_in_use():
+def test_a_graphics_keeps_its_image_alive_and_goes_with_it():
     graphics = f.Graphics.from_image(f.Bitmap(32, 32))
     f._wrpgen._interop._collect_managed()  # runs managed finalizers: an unreferenced image would go
-    graphics.fill_rectangle(f.SolidBrush(f.Color.red), 0, 0, 32, 32)  # the image is still there
+    brush = f.SolidBrush(f.Color.red)
+    graphics.fill_rectangle(brush, 0, 0, 32, 32)  # the image is still there
+    bitmap = f.Bitmap(32, 32)
+    drawing = f.Graphics.from_image(bitmap)
+    bitmap.dispose()  # libgdiplus frees the pixels: the graphics is disposed first, not left to draw into them
+    with pytest.raises(RuntimeError, match="ArgumentException"):
+        drawing.fill_rectangle(brush, 0, 0, 32, 32)
     graphics.dispose()
