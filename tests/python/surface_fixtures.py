@@ -22,12 +22,6 @@ VALUE_TYPES = ("Point", "PointF", "Size", "SizeF", "Rectangle", "RectangleF", "C
 INTEGER_TYPES = ("Int32", "Int16", "Int64", "Byte")
 REAL_TYPES = ("Single", "Double")
 
-# Texts of the kinds that the binding refuses until typed arrays land.
-PENDING_TEXTS = {
-    "array-param": "array parameters are not supported yet",
-    "array-result": "results of type '",
-    "array-out": "ref and out array parameters are not supported yet",
-}
 UNMATCHED_TEXT = "this overload has no managed counterpart"
 
 
@@ -44,24 +38,6 @@ def load_description():
             classes += [(data["module"], c) for c in data["classes"]]
     enums = {e["managed_name"]: e for e in json.load(open(os.path.join(API, "enums.json")))["enums"]}
     return classes, enums
-
-
-def is_array(spelling):
-    return spelling.endswith("[]") and spelling != "byte[]"
-
-
-def pending_kinds(call):
-    """Typed-array kinds the call waits for, from its described types alone."""
-    kinds = set()
-    for p in call["params"]:
-        if p["kind"] == "list":
-            if p.get("clr", "").endswith("[]&"):
-                kinds.add("array-out")
-        elif is_array(p["type"]):
-            kinds.add("array-param")
-    if call.get("result") and is_array(call["result"]):
-        kinds.add("array-result")
-    return sorted(kinds)
 
 
 # Largest magnitude each integer converter takes, and the magnitudes that step past them.
@@ -164,7 +140,6 @@ def calls_of(cls, by_name):
     for a in cls["class_attributes"]:
         add("class_attribute", a["name"], a["entry"], result=a["type"])
     for c in calls:
-        c["pending"] = pending_kinds(c)
         c.setdefault("shadowed_by", None)
         c.setdefault("magnitudes", {})
         c.setdefault("unmatched", False)
@@ -249,12 +224,11 @@ SAMPLES = {"png": png_bytes, "ico": ico_bytes, "emf": emf_bytes, "text.png": png
 # ---------------------------------------------------------------------------------------------
 
 class Unavailable(Exception):
-    """No object of a class can be made here; `pending` says whether typed arrays are the reason."""
+    """No object of a class can be made here."""
 
-    def __init__(self, reason, pending=False):
+    def __init__(self, reason):
         super().__init__(reason)
         self.reason = reason
-        self.pending = pending
 
 
 class Walker:
@@ -398,20 +372,16 @@ class Walker:
             "PageSettings": pr.PageSettings,
             "PrintDocument": pr.PrintDocument,
             "PrinterSettings": pr.PrinterSettings,
-            "PrinterSettings.PaperSizeCollection": lambda: self.collection(
-                pr.PrinterSettings.PaperSizeCollection, pr.PaperSize("Surface", 827, 1169), "paper_sizes"),
-            "PrinterSettings.PaperSourceCollection": lambda: self.collection(
-                pr.PrinterSettings.PaperSourceCollection, pr.PaperSource(), "paper_sources"),
-            "PrinterSettings.PrinterResolutionCollection": lambda: self.collection(
-                pr.PrinterSettings.PrinterResolutionCollection, pr.PrinterResolution(), "printer_resolutions"),
+            "PrinterSettings.PaperSizeCollection": lambda: pr.PrinterSettings.PaperSizeCollection([pr.PaperSize("Surface", 827, 1169)]),
+            "PrinterSettings.PaperSourceCollection": lambda: pr.PrinterSettings.PaperSourceCollection([pr.PaperSource()]),
+            "PrinterSettings.PrinterResolutionCollection": lambda: pr.PrinterSettings.PrinterResolutionCollection([pr.PrinterResolution()]),
             "PrinterSettings.StringCollection": lambda: pr.PrinterSettings.installed_printers,
             "PrintEventArgs": pr.PrintEventArgs,
             "PrintPageEventArgs": lambda: pr.PrintPageEventArgs(self.graphics(), rect, rect, pr.PageSettings()),
             "PrivateFontCollection": tx.PrivateFontCollection,
             "FontCollection": tx.InstalledFontCollection,
             "InstalledFontCollection": tx.InstalledFontCollection,
-            "CategoryNameCollection": lambda: self.array_made(
-                lambda: self.ds.CategoryNameCollection(["Surface", "Walk"])),
+            "CategoryNameCollection": lambda: self.ds.CategoryNameCollection(["Surface", "Walk"]),
         }
         if name not in makers:
             raise Unavailable(f"{name} has no public way to make an instance")
@@ -419,9 +389,6 @@ class Walker:
             obj = makers[name]()
         except Unavailable:
             raise
-        except TypeError as e:
-            pending = any(text in str(e) for text in PENDING_TEXTS.values())
-            raise Unavailable(f"making {name}: TypeError: {e}", pending) from None
         except RuntimeError as e:
             raise Unavailable(f"making {name}: {e}") from None
         self.keep.append(obj)
@@ -436,40 +403,13 @@ class Walker:
     def no_device_context(self):
         raise Unavailable("no call returns an IDeviceContext and it has no constructor")
 
-    def array_made(self, make):
-        try:
-            return make()
-        except TypeError as e:
-            raise Unavailable(f"TypeError: {e}", pending=PENDING_TEXTS["array-param"] in str(e)) from None
-
-    def collection(self, cls, element, attribute):
-        """A printer collection: from an element array, else from the printer (none on a build host)."""
-        try:
-            return cls([element])
-        except TypeError as e:
-            if PENDING_TEXTS["array-param"] not in str(e):
-                raise
-            array_error = str(e)
-        try:
-            return getattr(self.pr.PrinterSettings(), attribute)
-        except RuntimeError as e:
-            raise Unavailable(f"{array_error}; the printer's own list: {e}", pending=True) from None
-
     def encoder_parameters(self):
         parameters = self.im.EncoderParameters(1)
-        try:
-            parameters.param = [self.im.EncoderParameter(self.im.Encoder.QUALITY, value=90)]
-        except TypeError as e:
-            if PENDING_TEXTS["array-param"] not in str(e):
-                raise
+        parameters.param = [self.im.EncoderParameter(self.im.Encoder.QUALITY, value=90)]
         return parameters
 
     def codec(self):
-        try:
-            return self.im.ImageCodecInfo.get_image_encoders()[0]
-        except TypeError as e:
-            raise Unavailable(f"get_image_encoders(): TypeError: {e}",
-                              pending=PENDING_TEXTS["array-result"] in str(e)) from None
+        return self.im.ImageCodecInfo.get_image_encoders()[0]
 
     def property_item(self):
         image = self.f.Bitmap(io.BytesIO(self.sample("text.png")))
@@ -503,7 +443,7 @@ class Walker:
             return "Surface"
         if t in VALUE_TYPES:
             return self.value(t, second=name.endswith("2"))
-        if is_array(t):
+        if t.endswith("[]") and t != "byte[]":
             return self.array(t[:-2], name, owner)
         return self.instance(t)
 
@@ -590,7 +530,7 @@ class Walker:
         try:
             target, kwargs = self.prepare(owner, call)
         except Unavailable as e:
-            return {"outcome": "unavailable", "message": e.reason, "pending": e.pending}
+            return {"outcome": "unavailable", "message": e.reason}
         except Exception as e:  # noqa: BLE001 - a factory that breaks is reported, not fatal
             return {"outcome": "error", "type": type(e).__name__, "message": f"making the arguments: {e}",
                     "trace": traceback.format_exc(limit=4)}
@@ -675,7 +615,7 @@ class Walker:
             ok = checks[expected](result)
         elif expected in VALUE_TYPES:
             ok = type(result) is self.value_class(expected)
-        elif is_array(expected):
+        elif expected.endswith("[]") and expected != "byte[]":
             ok = True
         else:
             ok = result is None or isinstance(result, self.python_class(expected))
@@ -698,31 +638,6 @@ def _same(a, b):
     return a == b
 
 
-def probe_support(walker):
-    """Which typed-array kinds the binding takes today, found by one call of each kind."""
-    f, d2 = walker.f, walker.d2
-    support = {}
-
-    def works(call, text):
-        try:
-            call()
-        except TypeError as e:
-            if text in str(e):
-                return False
-        except RuntimeError:
-            pass
-        return True
-
-    g = walker.graphics()
-    pen = f.Pen(f.Color.from_argb(255, 0, 0, 0), 1.0)
-    support["array-param"] = works(lambda: g.draw_lines(pen, [f.Point(0, 0), f.Point(1, 1)]),
-                                   PENDING_TEXTS["array-param"])
-    support["array-result"] = works(walker.im.ImageCodecInfo.get_image_encoders, PENDING_TEXTS["array-result"])
-    iterator = d2.GraphicsPathIterator(walker.path())
-    support["array-out"] = works(lambda: iterator.enumerate([], []), PENDING_TEXTS["array-out"])
-    return support
-
-
 def worker_main(argv):
     """Child side: walk the calls of one class from a start index, one JSON line per call."""
     owner, start, tmp = argv[0], int(argv[1]), argv[2]
@@ -730,9 +645,6 @@ def worker_main(argv):
     out = os.fdopen(os.dup(1), "w")
     os.dup2(2, 1)
     walker = Walker(tmp)
-    if owner == "--support":
-        out.write(json.dumps({"support": probe_support(walker)}) + "\n")
-        return
     _, calls = plan()[owner]
     for index in range(start, len(calls)):
         call = calls[index]

@@ -29,10 +29,6 @@ CASES = [(owner, call) for owner, (_, calls) in PLAN.items() for call in calls]
 NO_INSTANCE = {"IDeviceContext": "no call returns an IDeviceContext and it has no constructor"}
 
 
-PENDING_NAMES = {"array-param": "array parameters", "array-result": "array results",
-                 "array-out": "ref and out array parameters"}
-
-
 class ClassWalk:
     """Runs the walker over the calls of one class, restarting it after a crash or a hang."""
 
@@ -94,17 +90,8 @@ class ClassWalk:
         return index + 1
 
 
-def walk_support(tmp):
-    env = dict(os.environ, PYTHONPATH=os.pathsep.join([PACKAGE_ROOT, PROBES, os.path.dirname(sf.__file__)]))
-    done = subprocess.run([PYTHON, sf.__file__, "--support", "0", tmp], capture_output=True, text=True,
-                          env=env, cwd=tmp, timeout=120)
-    assert done.returncode == 0, done.stderr
-    return json.loads(done.stdout)["support"]
-
-
 class Walk:
     def __init__(self, tmp_root):
-        self.support = walk_support(str(tmp_root))
         jobs = []
         for owner, (_, calls) in PLAN.items():
             tmp = tmp_root / owner
@@ -116,17 +103,6 @@ class Walk:
         for job, records in zip(jobs, results):
             for index, call in enumerate(PLAN[job.owner][1]):
                 self.records[call["id"]] = records.get(index, {"outcome": "lost"})
-
-    def waiting_for(self, call):
-        """The typed-array kinds this call needs and the binding does not take yet."""
-        return [k for k in call["pending"] if not self.support[k]]
-
-    def pending_count(self):
-        return sum(1 for owner, call in CASES if self.is_pending(call))
-
-    def is_pending(self, call):
-        record = self.records[call["id"]]
-        return bool(self.waiting_for(call)) or (record["outcome"] == "unavailable" and record["pending"])
 
 
 @pytest.fixture(scope="module")
@@ -148,19 +124,12 @@ def test_call(walk, owner, call):
     outcome = record["outcome"]
     assert outcome not in ("crash", "hang", "lost", "error"), explain(call, record)
     if outcome == "unavailable":
-        if record["pending"]:
-            pytest.skip(f"pending typed arrays ({walk.pending_count()} calls wait): {record['message']}")
         if owner in NO_INSTANCE:
             pytest.skip(NO_INSTANCE[owner])
         pytest.fail(explain(call, record))
     if call["unmatched"]:
         assert outcome == "typeerror" and record["message"] == sf.UNMATCHED_TEXT, explain(call, record)
         return
-    waiting = walk.waiting_for(call)
-    if waiting and outcome == "typeerror":
-        assert any(sf.PENDING_TEXTS[k] in record["message"] for k in waiting), explain(call, record)
-        names = ", ".join(PENDING_NAMES[k] for k in waiting)
-        pytest.skip(f"pending {names}: {walk.pending_count()} calls wait for typed arrays")
     assert outcome != "typeerror", explain(call, record)
     assert "problem" not in record, explain(call, record)
     assert outcome in ("ok", "refused")
@@ -176,52 +145,22 @@ class TestTheWalk:
         # Most of the surface answers; refusals are libgdiplus and the missing printer.
         assert counts["ok"] > 2 * counts["refused"]
 
-    def test_support_probe_agrees_with_the_pending_texts(self, walk):
-        # A kind the probe finds missing still gives its own text where a call needs only that kind.
-        for owner, call in CASES:
-            waiting = walk.waiting_for(call)
-            record = walk.records[call["id"]]
-            if len(waiting) == 1 and record["outcome"] == "typeerror" and not call["unmatched"]:
-                assert sf.PENDING_TEXTS[waiting[0]] in record["message"], explain(call, record)
-
-
-class TestWithoutAPrinter:
-    """A host without a printer answers printing calls with the managed exception, never a crash."""
-
-    @pytest.fixture
-    def printing(self):
-        from orvane.pyfigura import printing
-        return printing
-
-    @pytest.fixture
-    def no_printer(self, printing):
-        if printing.PrinterSettings().printer_name != "":
-            pytest.skip("this host has a default printer")
-
-    def test_print_refuses_with_invalid_printer(self, printing, no_printer):
-        with pytest.raises(RuntimeError, match=r"^Proxy error\(System\.Drawing\.Printing\.InvalidPrinterException\): "
-                                               r"No printers are installed\.$"):
-            printing.PrintDocument().print()
-
-    def test_printer_lists_refuse_with_invalid_printer(self, printing, no_printer):
-        settings = printing.PrinterSettings()
-        for name in ("paper_sizes", "paper_sources", "printer_resolutions"):
-            with pytest.raises(RuntimeError, match=r"^Proxy error\(System\.Drawing\.Printing\.InvalidPrinterException\)"):
-                getattr(settings, name)
-
-    def test_settings_read_as_no_valid_printer(self, printing, no_printer):
-        settings = printing.PrinterSettings()
-        assert settings.is_valid is False
-        assert settings.maximum_copies == 0
-        settings.printer_name = "nowhere"
-        assert settings.printer_name == "nowhere"
-        assert settings.is_valid is False
-
-    def test_named_printer_that_is_missing(self, printing, no_printer):
-        settings = printing.PrinterSettings()
-        settings.printer_name = "nowhere"
-        document = printing.PrintDocument()
-        document.printer_settings = settings
-        with pytest.raises(RuntimeError, match=r"^Proxy error\(System\.Drawing\.Printing\.InvalidPrinterException\)"):
-            document.print()
-        assert "printer 'nowhere' are not valid" in repr(printing.InvalidPrinterException(settings))
+def test_without_a_printer_printing_refuses_with_the_managed_exception():
+    from orvane.pyfigura import printing
+    settings = printing.PrinterSettings()
+    if settings.printer_name != "":
+        pytest.skip("this host has a default printer")
+    refused = r"^Proxy error\(System\.Drawing\.Printing\.InvalidPrinterException\)"
+    with pytest.raises(RuntimeError, match=refused + r": No printers are installed\.$"):
+        printing.PrintDocument().print()
+    for name in ("paper_sizes", "paper_sources", "printer_resolutions"):
+        with pytest.raises(RuntimeError, match=refused):
+            getattr(settings, name)
+    assert (settings.is_valid, settings.maximum_copies) == (False, 0)
+    settings.printer_name = "nowhere"
+    assert (settings.printer_name, settings.is_valid) == ("nowhere", False)
+    document = printing.PrintDocument()
+    document.printer_settings = settings
+    with pytest.raises(RuntimeError, match=refused):
+        document.print()
+    assert "printer 'nowhere' are not valid" in repr(printing.InvalidPrinterException(settings))
