@@ -210,8 +210,6 @@ internal sealed class Reflector
         if (mbase is MethodInfo mi)
         {
             t["result_clr"] = mi.ReturnType.FullName;
-            if (mi.ReturnType.IsEnum)
-                t["result_managed_type"] = mi.ReturnType.FullName;
             if (result != null && !ResultMatches(result, mi.ReturnType))
                 Warn($"{cls}.{method} {entry}: result {result} but managed {mi.ReturnType.FullName}");
         }
@@ -228,7 +226,7 @@ internal sealed class Reflector
 
     private static void ClearReflected(JsonObject t, List<JsonObject> ps)
     {
-        foreach (var k in new[] { "result_clr", "result_managed_type", "declaring_type", "implicit_default", "unmatched" })
+        foreach (var k in new[] { "result_clr", "declaring_type", "implicit_default", "unmatched" })
             t.Remove(k);
         foreach (var p in ps)
             foreach (var k in new[] { "clr", "managed_type", "direction" })
