@@ -3,7 +3,7 @@
 set -euo pipefail
 packages=(cmake g++ make python3 python3-dev python3-pytest python3-pil python3-numpy
           python3-venv python3-pip python3-setuptools python3-wheel python3-mypy
-          libgdiplus libfontconfig1 fonts-dejavu-core libgtest-dev)
+          libgdiplus libfontconfig1 fonts-dejavu-core libgtest-dev ccache)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -11,6 +11,7 @@ restored and the next fault runs. The table goes to stdout and to <work>/faults-
 import argparse
 import json
 import os
+import shutil
 import subprocess
 import sys
 import time
@@ -45,6 +46,7 @@ def main():
     parser.add_argument("--work", default=os.path.join(REPO, "build", "faults"))
     parser.add_argument("--only", default="")
     args = parser.parse_args()
+    args.work = os.path.abspath(args.work)  # ccache wants an absolute base directory
     with open(os.path.join(HERE, "faults.json"), encoding="utf-8") as f:
         faults = json.load(f)["faults"]
     if args.only:
@@ -54,7 +56,9 @@ def main():
     if not os.path.isdir(tree):
         os.makedirs(args.work, exist_ok=True)
         subprocess.check_call(["git", "worktree", "add", "--detach", tree, rev], cwd=REPO)
-    env = dict(os.environ, CMAKE_CXX_COMPILER_LAUNCHER="ccache", CCACHE_BASEDIR=os.path.dirname(tree))
+    env = dict(os.environ)
+    if shutil.which("ccache"):
+        env.update(CMAKE_CXX_COMPILER_LAUNCHER="ccache", CCACHE_BASEDIR=os.path.dirname(tree))
     build = "make layout test-assets JOBS=2"
     tests = (f"(cd build/native && ctest -j2 --timeout 120) && PYTHONPATH=build/python:build/native/tests {PY} -m "
              "pytest -x -q -p no:cacheprovider tests/python")
