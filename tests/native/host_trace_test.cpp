@@ -12,10 +12,7 @@ namespace {
 // Each test starts and ends with the trace off and COREHOST_TRACE unset.
 class HostTrace : public ::testing::Test {
 protected:
-    void SetUp() override {
-        host::g_trace_enabled = false;
-        unsetenv("COREHOST_TRACE");
-    }
+    void SetUp() override { TearDown(); }
     void TearDown() override {
         host::g_trace_enabled = false;
         unsetenv("COREHOST_TRACE");
@@ -33,53 +30,36 @@ protected:
     }
 };
 
-TEST_F(HostTrace, ValuesNotAboveZeroLeaveTheTraceOffAndSilent) {
+TEST_F(HostTrace, OnlyANumberAboveZeroSwitchesOnAndWritesTheFirstLine) {
     for (const char* value : {static_cast<const char*>(nullptr), "", "0", "-1", "abc", "0x10", " ", "-5abc"}) {
-        std::string out = read_switch(value);
-        EXPECT_FALSE(host::g_trace_enabled) << (value ? value : "(unset)");
-        EXPECT_EQ(out, "") << (value ? value : "(unset)");
+        const char* label = value != nullptr ? value : "(unset)";
+        EXPECT_EQ(read_switch(value), "") << label;
+        EXPECT_FALSE(host::g_trace_enabled) << label;
         ::testing::internal::CaptureStdout();
         HOST_TRACE("Initializing .NET Core host...");
         host::trace_line("%s", "direct");
-        EXPECT_EQ(::testing::internal::GetCapturedStdout(), "") << (value ? value : "(unset)");
+        EXPECT_EQ(::testing::internal::GetCapturedStdout(), "") << label << ": a trace that is off writes nothing";
     }
-}
-
-TEST_F(HostTrace, PositiveNumberSwitchesOnWithTheFirstLine) {
     for (const char* value : {"1", "2", "  7", "3abc", "+1"}) {
         host::g_trace_enabled = false;
-        std::string out = read_switch(value);
+        EXPECT_EQ(read_switch(value), "CLR host tracing enabled\r\n") << value;
         EXPECT_TRUE(host::g_trace_enabled) << value;
-        EXPECT_EQ(out, "CLR host tracing enabled\r\n") << value;
     }
-}
-
-TEST_F(HostTrace, SwitchIsReadOnlyWhileOff) {
-    read_switch("1");
-    ASSERT_TRUE(host::g_trace_enabled);
     EXPECT_EQ(read_switch("0"), "") << "a switch already on is not read again";
     EXPECT_TRUE(host::g_trace_enabled);
     EXPECT_EQ(read_switch("1"), "") << "the first line is written once";
 }
 
-TEST_F(HostTrace, LinesAreFormattedAndEndInCarriageReturnLineFeed) {
+TEST_F(HostTrace, LinesAreFormattedAndEndInCarriageReturnLineFeedOnStandardOutputOnly) {
     host::g_trace_enabled = true;
+    ::testing::internal::CaptureStderr();
     ::testing::internal::CaptureStdout();
     HOST_TRACE("NETCORE_DIR: '%s'", "/opt/netcore3.1");
     HOST_TRACE(".NET Core host is down: %d", -3);
     HOST_TRACE("wrap dll loaded");
     EXPECT_EQ(::testing::internal::GetCapturedStdout(),
               "NETCORE_DIR: '/opt/netcore3.1'\r\n.NET Core host is down: -3\r\nwrap dll loaded\r\n");
-}
-
-TEST_F(HostTrace, NothingGoesToStandardError) {
-    host::g_trace_enabled = true;
-    ::testing::internal::CaptureStderr();
-    ::testing::internal::CaptureStdout();
-    HOST_TRACE("Try get module...");
-    std::string out = ::testing::internal::GetCapturedStdout();
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(out, "Try get module...\r\n");
 }
 
 }  // namespace

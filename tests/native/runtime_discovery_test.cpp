@@ -1,11 +1,9 @@
 // Tests of runtime and assembly discovery: path helpers, the netcoreX.Y rule, directory scans, variables.
 #include "host/core/runtime_discovery.h"
 
-#include <dirent.h>
 #include <stdlib.h>
 
-#include <algorithm>
-#include <set>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -19,105 +17,76 @@ namespace {
 
 using host::RuntimeVersion;
 using test_support::TempTree;
+using List = std::vector<std::string>;
 
-// Names of the entries of a directory in the order the file system reports them, read directly.
-std::vector<std::string> raw_directory_order(const std::string& directory) {
-    std::vector<std::string> names;
-    DIR* dir = opendir(directory.c_str());
-    if (dir == nullptr) return names;
-    while (dirent* e = readdir(dir)) {
-        std::string name = e->d_name;
-        if (name != "." && name != "..") names.push_back(name);
-    }
-    closedir(dir);
+constexpr char kLibrary[] = "orvane.embed.coreclrwrap.so";
+
+// Names of the entries of a directory in the order the file system reports them (readdir's order).
+List raw_directory_order(const std::string& directory) {
+    List names;
+    for (const auto& entry : std::filesystem::directory_iterator(directory)) names.push_back(entry.path().filename());
     return names;
 }
 
-// Sets or clears an environment variable for the life of a test.
-class ScopedVariable {
-public:
-    ScopedVariable(std::string name, const char* value) : name_(std::move(name)) {
-        if (value != nullptr)
-            setenv(name_.c_str(), value, 1);
+// Fills a tree: "x/" is a directory, anything else an empty file; a file named LIB is the loader library.
+void build(const TempTree& tree, const List& entries) {
+    for (std::string entry : entries) {
+        size_t name = entry.rfind('/') + 1;
+        if (entry.back() == '/')
+            tree.dir(entry);
         else
-            unsetenv(name_.c_str());
+            tree.file(entry.compare(name, std::string::npos, "LIB") == 0 ? entry.substr(0, name) + kLibrary : entry);
     }
-    ~ScopedVariable() { unsetenv(name_.c_str()); }
+}
 
-private:
-    std::string name_;
+// In the tables "@" at the start of a path stands for the tree's root.
+std::string at(const TempTree& tree, const std::string& path) {
+    return path.rfind('@', 0) == 0 ? tree.root() + path.substr(1) : path;
+}
+
+// Sets (null: clears) an environment variable for the life of a test; cleared at the end.
+struct ScopedVariable {
+    std::string name;
+    ScopedVariable(std::string n, const char* value) : name(std::move(n)) {
+        value != nullptr ? setenv(name.c_str(), value, 1) : unsetenv(name.c_str());
+    }
+    ~ScopedVariable() { unsetenv(name.c_str()); }
 };
 
-std::string runtime_variable(const std::string& vendor) { return "NETCORE_WRAPPER_NETCORE_DIR_" + vendor; }
-std::string assembly_variable(const std::string& vendor) { return "NETCORE_WRAPPER_ASSEMBLY_DIR_" + vendor; }
+TEST(PathHelpers, DirectoryPartJoinedPathsAndLists) {
+    const std::pair<const char*, const char*> directories[] = {
+        {"/usr/bin/python3", "/usr/bin/"}, {"/python3", "/"}, {"relative/dir/python3", "relative/dir/"},
+        {"/opt/dir/", "/opt/dir/"},        {"python3", "python3"}, {"", ""}};
+    for (const auto& c : directories) EXPECT_EQ(host::default_directory(c.first), c.second) << c.first;
 
-// ---------------------------------------------------------------------------------------------------
-// default_directory
+    struct Join { const char* base; const char* part; const char* joined; };
+    for (const Join& c : {Join{"", "netcore3.1", "netcore3.1"}, Join{"", "", ""},
+                          Join{"/opt/root", "netcore3.1", "/opt/root/netcore3.1"},
+                          Join{"/opt/root/", "netcore3.1", "/opt/root/netcore3.1"},
+                          Join{"/opt/root", "/netcore3.1", "/opt/root/netcore3.1"},
+                          Join{"/opt/root", "", "/opt/root"}, Join{"/", "x", "/x"}})
+        EXPECT_EQ(host::join_paths(c.base, c.part), c.joined) << c.base << " + " << c.part;
+    EXPECT_EQ(host::join_paths("", std::string(400, 'p')), std::string(400, 'p')) << "no buffer for an empty base";
 
-TEST(DefaultDirectory, KeepsTheDirectoryWithItsTrailingSeparator) {
-    EXPECT_EQ(host::default_directory("/usr/bin/python3"), "/usr/bin/");
-    EXPECT_EQ(host::default_directory("/python3"), "/");
-    EXPECT_EQ(host::default_directory("relative/dir/python3"), "relative/dir/");
-    EXPECT_EQ(host::default_directory("/opt/dir/"), "/opt/dir/");
+    EXPECT_EQ(host::join_list({}, ':'), "");
+    EXPECT_EQ(host::join_list({"/a"}, ':'), "/a");
+    EXPECT_EQ(host::join_list({"/a", "/b/", "/c"}, ':'), "/a:/b/:/c");
+    EXPECT_EQ(host::join_list({"", "/a", "/a", ""}, ';'), ";/a;/a;") << "duplicates and empty entries stay";
 }
 
-TEST(DefaultDirectory, PathWithoutDirectoryPartIsReturnedWhole) {
-    EXPECT_EQ(host::default_directory("python3"), "python3");
-    EXPECT_EQ(host::default_directory(""), "");
-}
-
-// ---------------------------------------------------------------------------------------------------
-// join_paths
-
-TEST(JoinPaths, EmptyBaseGivesThePartAsItStands) {
-    EXPECT_EQ(host::join_paths("", "netcore3.1"), "netcore3.1");
-    EXPECT_EQ(host::join_paths("", ""), "");
-    std::string long_part(400, 'p');
-    EXPECT_EQ(host::join_paths("", long_part), long_part);
-}
-
-TEST(JoinPaths, AddsASeparatorOnlyWhereOneIsMissing) {
-    EXPECT_EQ(host::join_paths("/opt/root", "netcore3.1"), "/opt/root/netcore3.1");
-    EXPECT_EQ(host::join_paths("/opt/root/", "netcore3.1"), "/opt/root/netcore3.1");
-    EXPECT_EQ(host::join_paths("/opt/root", "/netcore3.1"), "/opt/root/netcore3.1");
-    EXPECT_EQ(host::join_paths("/opt/root", ""), "/opt/root");
-    EXPECT_EQ(host::join_paths("/", "x"), "/x");
-}
-
-TEST(JoinPaths, ResultMayReachThePathLimitExactly) {
+TEST(PathHelpers, JoinedPathStaysWithinThePathLimit) {
     const size_t limit = platform::kPathLimit;
-    std::string base = "/" + std::string(limit - 3, 'b');  // limit - 2 characters
-    std::string joined = host::join_paths(base, "x");      // base + "/" + "x" is exactly the limit
-    EXPECT_EQ(joined.size(), limit);
-    EXPECT_EQ(joined, base + "/x");
+    const std::string fits = "/" + std::string(limit - 3, 'b');  // with "/x" exactly the limit
+    EXPECT_EQ(host::join_paths(fits, "x"), fits + "/x");
+    const std::string full = "/" + std::string(limit - 2, 'b');  // no room for "/x": the base comes back
+    EXPECT_EQ(host::join_paths(full, "x"), full);
+    const std::string over = "/" + std::string(limit + 40, 'c');  // cut to the limit, nothing appended
+    EXPECT_EQ(host::join_paths(over, "tail"), over.substr(0, limit));
+    EXPECT_EQ(host::join_paths(over, ""), over.substr(0, limit));
 }
 
-TEST(JoinPaths, ResultBeyondThePathLimitLeavesTheBase) {
-    const size_t limit = platform::kPathLimit;
-    std::string base = "/" + std::string(limit - 2, 'b');  // limit - 1 characters: no room for "/x"
-    std::string joined = host::join_paths(base, "x");
-    EXPECT_STREQ(joined.c_str(), base.c_str());
-}
-
-TEST(JoinPaths, BaseLongerThanTheLimitIsCutAndStaysCut) {
-    const size_t limit = platform::kPathLimit;
-    std::string base = "/" + std::string(limit + 40, 'c');
-    std::string joined = host::join_paths(base, "tail");
-    EXPECT_STREQ(joined.c_str(), base.substr(0, limit).c_str());
-    EXPECT_EQ(joined.find("tail"), std::string::npos);
-    // An empty part fits: the result is the base cut to the limit.
-    EXPECT_STREQ(host::join_paths(base, "").c_str(), base.substr(0, limit).c_str());
-}
-
-// ---------------------------------------------------------------------------------------------------
-// parse_runtime_directory_name
-
-TEST(ParseRuntimeDirectoryName, QualifyingNamesGiveTheirVersion) {
-    struct Case {
-        const char* name;
-        int major;
-        int minor;
-    };
+TEST(RuntimeDirectoryName, NetcoreMajorDotMinorInDecimalDigits) {
+    struct Case { const char* name; int major, minor; };
     for (const Case& c : {Case{"netcore3.1", 3, 1}, Case{"netcore10.0", 10, 0}, Case{"netcore03.01", 3, 1},
                           Case{"netcore0.0", 0, 0}, Case{"netcore2147483647.2147483647", 2147483647, 2147483647}}) {
         RuntimeVersion version{-1, -1};
@@ -125,18 +94,17 @@ TEST(ParseRuntimeDirectoryName, QualifyingNamesGiveTheirVersion) {
         EXPECT_EQ(version.major, c.major) << c.name;
         EXPECT_EQ(version.minor, c.minor) << c.name;
     }
-}
-
-TEST(ParseRuntimeDirectoryName, OtherNamesAreRefused) {
+    // The last three: the shape is refused before the over-long number is read, so nothing throws.
     for (const char* name : {"netcore3", "netcore3.1.0", "netcore-3.1", "NetCore3.1", "mynetcore3.1", "netcore3.1-rc",
                              "netcore", "netcore.", "netcore3.", "netcore.1", "netcor", "", "netcore 3.1",
-                             "netcore3.1 ", "netcore+3.1", "netcore3.+1", "NETCORE3.1", "netcore3,1"}) {
+                             "netcore3.1 ", "netcore+3.1", "netcore3.+1", "NETCORE3.1", "netcore3,1",
+                             "netcore99999999999.0.1", "netcore99999999999", "NetCore99999999999.0"}) {
         RuntimeVersion version{-1, -1};
         EXPECT_FALSE(host::parse_runtime_directory_name(name, version)) << '"' << name << '"';
     }
 }
 
-TEST(ParseRuntimeDirectoryName, NumberBeyond32BitsThrowsOutOfRange) {
+TEST(RuntimeDirectoryName, NumberBeyond32BitsThrowsOutOfRange) {
     for (const char* name : {"netcore99999999999.0", "netcore2147483648.0", "netcore3.99999999999",
                              "netcore1.2147483648"}) {
         RuntimeVersion version{};
@@ -149,346 +117,130 @@ TEST(ParseRuntimeDirectoryName, NumberBeyond32BitsThrowsOutOfRange) {
     }
 }
 
-TEST(ParseRuntimeDirectoryName, RefusalOfTheShapeComesBeforeTheNumberCheck) {
-    // An over-long number in a name that is refused anyway does not throw.
-    RuntimeVersion version{};
-    EXPECT_FALSE(host::parse_runtime_directory_name("netcore99999999999.0.1", version));
-    EXPECT_FALSE(host::parse_runtime_directory_name("netcore99999999999", version));
-    EXPECT_FALSE(host::parse_runtime_directory_name("NetCore99999999999.0", version));
-}
-
-// ---------------------------------------------------------------------------------------------------
-// find_runtime_directory
-
-constexpr char kLibrary[] = "orvane.embed.coreclrwrap.so";
-
-TEST(FindRuntimeDirectory, HighestVersionHoldingTheLibraryWins) {
-    TempTree tree;
-    tree.dir("netcore3.0");
-    tree.dir("netcore3.1");
-    tree.dir("netcore5.0");
-    tree.file("netcore3.0/" + std::string(kLibrary));
-    tree.file("netcore3.1/" + std::string(kLibrary));
+TEST(FindRuntimeDirectory, HighestVersionedDirectoryHoldingTheLibrary) {
+    struct Case { List tree; const char* found; };  // found: null for none
+    const Case cases[] = {
+        {{"netcore3.0/LIB", "netcore3.1/LIB", "netcore5.0/"}, "netcore3.1"},     // 5.0 lacks the library
+        {{"netcore3.9/LIB", "netcore3.10/LIB", "netcore2.99/LIB"}, "netcore3.10"},  // numbers, not text
+        {{"netcore9.9/LIB", "netcore10.0/LIB"}, "netcore10.0"},
+        {{"netcore9/LIB", "NetCore9.9/LIB", "netcore9.9-rc/LIB", "LIB"}, nullptr},  // nothing versioned
+        {{"netcore3.1/other.so"}, nullptr},
+        {{}, nullptr},
+    };
+    for (const Case& c : cases) {
+        TempTree tree;
+        build(tree, c.tree);
+        std::string found = "untouched";
+        EXPECT_EQ(host::find_runtime_directory(tree.root(), kLibrary, found), c.found != nullptr)
+            << ::testing::PrintToString(c.tree);
+        EXPECT_EQ(found, c.found != nullptr ? tree.path(c.found) : "untouched");
+    }
     std::string found;
-    ASSERT_TRUE(host::find_runtime_directory(tree.root(), kLibrary, found));
-    EXPECT_EQ(found, tree.root() + "/netcore3.1");
-}
-
-TEST(FindRuntimeDirectory, MinorVersionComparesAsANumber) {
-    TempTree tree;
-    tree.dir("netcore3.9");
-    tree.dir("netcore3.10");
-    tree.dir("netcore2.99");
-    tree.file("netcore3.9/" + std::string(kLibrary));
-    tree.file("netcore3.10/" + std::string(kLibrary));
-    tree.file("netcore2.99/" + std::string(kLibrary));
-    std::string found;
-    ASSERT_TRUE(host::find_runtime_directory(tree.root(), kLibrary, found));
-    EXPECT_EQ(found, tree.root() + "/netcore3.10");
-}
-
-TEST(FindRuntimeDirectory, MajorVersionComparesAsANumber) {
-    TempTree tree;
-    tree.dir("netcore9.9");
-    tree.dir("netcore10.0");
-    tree.file("netcore9.9/" + std::string(kLibrary));
-    tree.file("netcore10.0/" + std::string(kLibrary));
-    std::string found;
-    ASSERT_TRUE(host::find_runtime_directory(tree.root(), kLibrary, found));
-    EXPECT_EQ(found, tree.root() + "/netcore10.0");
-}
-
-TEST(FindRuntimeDirectory, FilesNamedLikeVersionsAreNotCandidates) {
-    TempTree tree;
-    tree.dir("netcore1.0");
-    tree.file("netcore1.0/" + std::string(kLibrary));
-    tree.file("netcore9.9", "not a directory");
-    std::string found;
-    ASSERT_TRUE(host::find_runtime_directory(tree.root(), kLibrary, found));
-    EXPECT_EQ(found, tree.root() + "/netcore1.0");
-}
-
-TEST(FindRuntimeDirectory, NonVersionedDirectoriesAreNotCandidates) {
-    TempTree tree;
-    tree.dir("netcore9");
-    tree.dir("NetCore9.9");
-    tree.dir("netcore9.9-rc");
-    for (const char* d : {"netcore9", "NetCore9.9", "netcore9.9-rc"}) tree.file(std::string(d) + "/" + kLibrary);
-    tree.file(kLibrary);  // directly in the root: not a versioned directory
-    std::string found = "untouched";
-    EXPECT_FALSE(host::find_runtime_directory(tree.root(), kLibrary, found));
-    EXPECT_EQ(found, "untouched");
-}
-
-TEST(FindRuntimeDirectory, NoCandidateOrNoLibraryOrNoRootGivesFalse) {
-    TempTree tree;
-    std::string found;
-    EXPECT_FALSE(host::find_runtime_directory(tree.root(), kLibrary, found)) << "empty root";
-
-    tree.dir("netcore3.1");
-    tree.file("netcore3.1/other.so");
-    EXPECT_FALSE(host::find_runtime_directory(tree.root(), kLibrary, found)) << "library absent";
-
-    EXPECT_FALSE(host::find_runtime_directory(tree.path("missing"), kLibrary, found)) << "root absent";
+    EXPECT_FALSE(host::find_runtime_directory("/nonexistent/orvane/root", kLibrary, found)) << "root absent";
 }
 
 TEST(FindRuntimeDirectory, AmongEqualVersionsTheOneEnumeratedLastWins) {
     TempTree tree;
-    tree.dir("netcore3.1");
-    tree.dir("netcore03.01");
-    tree.dir("netcore3.01");
-    for (const char* d : {"netcore3.1", "netcore03.01", "netcore3.01"}) tree.file(std::string(d) + "/" + kLibrary);
-    std::vector<std::string> order = raw_directory_order(tree.root());
+    build(tree, {"netcore3.1/LIB", "netcore03.01/LIB", "netcore3.01/LIB"});
+    List order = raw_directory_order(tree.root());
     ASSERT_EQ(order.size(), 3u);
     std::string found;
     ASSERT_TRUE(host::find_runtime_directory(tree.root(), kLibrary, found));
-    EXPECT_EQ(found, tree.root() + "/" + order.back());
+    EXPECT_EQ(found, tree.path(order.back()));
 }
 
-TEST(FindRuntimeDirectory, OverLongVersionNumberThrows) {
+TEST(CollectAssemblyDirectories, SubDirectoriesInFileSystemOrderOrTheirDebugDirectories) {
     TempTree tree;
-    tree.dir("netcore99999999999.0");
-    std::string found;
-    EXPECT_THROW(host::find_runtime_directory(tree.root(), kLibrary, found), std::out_of_range);
+    build(tree, {"zeta/", "alpha/debug/", "mid/", "beta/debug/", "c.txt", "gamma/debug"});  // gamma/debug: a file
+    List release{"/existing"}, debug;
+    host::collect_assembly_directories(tree.root(), false, release);
+    host::collect_assembly_directories(tree.root(), true, debug);
+    List expected_release{"/existing"}, expected_debug;  // appended behind what the list holds, one level deep
+    for (const std::string& name : raw_directory_order(tree.root())) {
+        if (name == "c.txt") continue;
+        expected_release.push_back(tree.path(name));
+        if (name == "alpha" || name == "beta") expected_debug.push_back(tree.path(name + "/debug"));
+    }
+    EXPECT_EQ(release, expected_release);
+    EXPECT_EQ(debug, expected_debug);
+
+    TempTree empty;
+    List none;
+    host::collect_assembly_directories(empty.root(), false, none);
+    host::collect_assembly_directories(empty.root(), true, none);
+    host::collect_assembly_directories(empty.path("missing"), false, none);
+    EXPECT_TRUE(none.empty());
 }
-
-// ---------------------------------------------------------------------------------------------------
-// collect_assembly_directories
-
-TEST(CollectAssemblyDirectories, TakesEverySubDirectoryAndNoFile) {
-    TempTree tree;
-    tree.dir("a");
-    tree.dir("b");
-    tree.file("c.txt");
-    std::vector<std::string> list;
-    host::collect_assembly_directories(tree.root(), false, list);
-    ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(std::set<std::string>(list.begin(), list.end()),
-              (std::set<std::string>{tree.root() + "/a", tree.root() + "/b"}));
-}
-
-TEST(CollectAssemblyDirectories, KeepsTheFileSystemOrderAndOnlyOneLevel) {
-    TempTree tree;
-    for (const char* d : {"zeta", "alpha", "mid", "beta"}) tree.dir(d);
-    tree.dir("alpha/nested");
-    std::vector<std::string> expected;
-    for (const std::string& name : raw_directory_order(tree.root())) expected.push_back(tree.root() + "/" + name);
-    std::vector<std::string> list;
-    host::collect_assembly_directories(tree.root(), false, list);
-    EXPECT_EQ(list, expected);
-}
-
-TEST(CollectAssemblyDirectories, AppendsBehindEntriesAlreadyInTheList) {
-    TempTree tree;
-    tree.dir("a");
-    std::vector<std::string> list{"/existing"};
-    host::collect_assembly_directories(tree.root(), false, list);
-    EXPECT_EQ(list, (std::vector<std::string>{"/existing", tree.root() + "/a"}));
-}
-
-TEST(CollectAssemblyDirectories, DebugModeTakesOnlyDebugSubDirectories) {
-    TempTree tree;
-    tree.dir("a/debug");
-    tree.dir("b");
-    tree.dir("c");
-    tree.file("c/debug", "a file, not a directory");
-    tree.dir("d/debug");
-    std::vector<std::string> list;
-    host::collect_assembly_directories(tree.root(), true, list);
-    ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(std::set<std::string>(list.begin(), list.end()),
-              (std::set<std::string>{tree.root() + "/a/debug", tree.root() + "/d/debug"}));
-}
-
-TEST(CollectAssemblyDirectories, EmptyOrMissingRootAddsNothing) {
-    TempTree tree;
-    std::vector<std::string> list;
-    host::collect_assembly_directories(tree.root(), false, list);
-    host::collect_assembly_directories(tree.root(), true, list);
-    host::collect_assembly_directories(tree.path("missing"), false, list);
-    EXPECT_TRUE(list.empty());
-}
-
-// ---------------------------------------------------------------------------------------------------
-// read_environment
 
 TEST(ReadEnvironment, UnsetAndEmptyCountAsAbsentAndClearTheOutput) {
-    const std::string name = "GTEST_ORVANE_READ_ENV_1";
-    std::string out = "stale";
-    {
-        ScopedVariable unset(name, nullptr);
+    const std::string name = "GTEST_ORVANE_READ_ENV";
+    for (const char* value : {static_cast<const char*>(nullptr), ""}) {
+        ScopedVariable variable(name, value);
+        std::string out = "stale";
         EXPECT_FALSE(host::read_environment(name, out));
         EXPECT_EQ(out, "");
     }
-    out = "stale";
-    {
-        ScopedVariable empty(name, "");
-        EXPECT_FALSE(host::read_environment(name, out));
-        EXPECT_EQ(out, "");
+    ScopedVariable set(name, "/some/where");
+    std::string out;
+    EXPECT_TRUE(host::read_environment(name, out));
+    EXPECT_EQ(out, "/some/where");
+}
+
+TEST(ResolveRuntimeDirectory, VersionedDirectoryUnderTheVendorsVariableElseTheDefault) {
+    struct Case { const char* variable; List tree; const char* expected; };  // variable: null for unset
+    const Case cases[] = {
+        {nullptr, {"netcore1.0/LIB"}, "/default/"},
+        {"", {"netcore1.0/LIB"}, "/default/"},
+        {"@", {"netcore1.0/LIB"}, "@/netcore1.0"},
+        {"@", {"LIB"}, "/default/"},
+        {"@/missing", {}, "/default/"},
+        // The scan looks for the release library, also for a debug start.
+        {"@", {std::string("netcore1.0/") + host::kLoaderLibraryDebugName}, "/default/"},
+    };
+    for (const Case& c : cases) {
+        TempTree tree;
+        build(tree, c.tree);
+        ScopedVariable variable("NETCORE_WRAPPER_NETCORE_DIR_gtestrt",
+                                c.variable != nullptr ? at(tree, c.variable).c_str() : nullptr);
+        EXPECT_EQ(host::resolve_runtime_directory("gtestrt", "/default/"), at(tree, c.expected))
+            << (c.variable != nullptr ? c.variable : "(unset)") << " " << ::testing::PrintToString(c.tree);
     }
-    {
-        ScopedVariable set(name, "/some/where");
-        EXPECT_TRUE(host::read_environment(name, out));
-        EXPECT_EQ(out, "/some/where");
-    }
-}
 
-// ---------------------------------------------------------------------------------------------------
-// resolve_runtime_directory / resolve_assembly_directories
-
-TEST(ResolveDirectories, NeitherVariableSetGivesTheDefaultDirectoryAlone) {
-    const std::string vendor = "gtestvendor1";
-    ScopedVariable r(runtime_variable(vendor), nullptr);
-    ScopedVariable a(assembly_variable(vendor), nullptr);
-    const std::string default_dir = "/opt/python/bin/";
-    std::string runtime_dir = host::resolve_runtime_directory(vendor, default_dir);
-    EXPECT_EQ(runtime_dir, default_dir);
-    std::vector<std::string> list = host::resolve_assembly_directories(vendor, false, default_dir, runtime_dir);
-    EXPECT_EQ(list, std::vector<std::string>{default_dir});
-    EXPECT_EQ(host::join_list(list, platform::kListSeparator).find(platform::kListSeparator), std::string::npos);
-}
-
-TEST(ResolveDirectories, EmptyVariablesCountAsUnset) {
-    const std::string vendor = "gtestvendor2";
-    ScopedVariable r(runtime_variable(vendor), "");
-    ScopedVariable a(assembly_variable(vendor), "");
-    const std::string default_dir = "/opt/python/bin/";
-    EXPECT_EQ(host::resolve_runtime_directory(vendor, default_dir), default_dir);
-    EXPECT_EQ(host::resolve_assembly_directories(vendor, false, default_dir, default_dir),
-              std::vector<std::string>{default_dir});
-}
-
-TEST(ResolveDirectories, RuntimeVariableRootWithAVersionedDirectoryIsUsed) {
-    const std::string vendor = "gtestvendor3";
     TempTree tree;
-    tree.dir("netcore1.0");
-    tree.file("netcore1.0/" + std::string(kLibrary));
-    ScopedVariable r(runtime_variable(vendor), tree.root().c_str());
-    ScopedVariable a(assembly_variable(vendor), nullptr);
-    const std::string default_dir = "/opt/python/bin/";
-    std::string runtime_dir = host::resolve_runtime_directory(vendor, default_dir);
-    EXPECT_EQ(runtime_dir, tree.root() + "/netcore1.0");
-    EXPECT_EQ(host::resolve_assembly_directories(vendor, false, default_dir, runtime_dir),
-              (std::vector<std::string>{default_dir, runtime_dir}));
-}
-
-TEST(ResolveDirectories, RuntimeVariableIsReadForItsOwnVendorOnly) {
-    TempTree tree;
-    tree.dir("netcore1.0");
-    tree.file("netcore1.0/" + std::string(kLibrary));
-    ScopedVariable r(runtime_variable("gtestvendor4a"), tree.root().c_str());
-    ScopedVariable other(runtime_variable("gtestvendor4b"), nullptr);
-    EXPECT_EQ(host::resolve_runtime_directory("gtestvendor4b", "/default/"), "/default/");
-    EXPECT_EQ(host::resolve_runtime_directory("gtestvendor4a", "/default/"), tree.root() + "/netcore1.0");
-}
-
-TEST(ResolveDirectories, RootHoldingTheLibraryDirectlyIsIgnored) {
-    const std::string vendor = "gtestvendor5";
-    TempTree tree;
-    tree.file(kLibrary);
-    ScopedVariable r(runtime_variable(vendor), tree.root().c_str());
-    EXPECT_EQ(host::resolve_runtime_directory(vendor, "/default/"), "/default/");
-}
-
-TEST(ResolveDirectories, VersionedDirectoryWithoutTheReleaseLibraryIsIgnored) {
-    // The scan looks for the release library name, also for a debug start.
-    const std::string vendor = "gtestvendor6";
-    TempTree tree;
-    tree.dir("netcore1.0");
-    tree.file("netcore1.0/" + std::string(host::kLoaderLibraryDebugName));
-    ScopedVariable r(runtime_variable(vendor), tree.root().c_str());
-    EXPECT_EQ(host::resolve_runtime_directory(vendor, "/default/"), "/default/");
-}
-
-TEST(ResolveDirectories, RuntimeRootWithAnOverLongVersionThrows) {
-    const std::string vendor = "gtestvendor7";
-    TempTree tree;
-    tree.dir("netcore99999999999.0");
-    ScopedVariable r(runtime_variable(vendor), tree.root().c_str());
+    build(tree, {"netcore1.0/LIB", "netcore99999999999.0/"});
+    ScopedVariable variable("NETCORE_WRAPPER_NETCORE_DIR_gtestrt", tree.root().c_str());
+    EXPECT_EQ(host::resolve_runtime_directory("gtestother", "/default/"), "/default/") << "another vendor's variable";
     try {
-        host::resolve_runtime_directory(vendor, "/default/");
-        ADD_FAILURE() << "no exception";
+        host::resolve_runtime_directory("gtestrt", "/default/");
+        ADD_FAILURE() << "an over-long version number must end the start-up";
     } catch (const std::out_of_range& e) {
         EXPECT_STREQ(e.what(), "stoi argument out of range");
     }
 }
 
-TEST(ResolveDirectories, AssemblyRootSubDirectoriesComeFirstThenTheRuntimeDirectory) {
-    const std::string vendor = "gtestvendor8";
-    TempTree tree;
-    tree.dir("a");
-    tree.dir("b");
-    tree.file("c.txt");
-    ScopedVariable a(assembly_variable(vendor), tree.root().c_str());
-    const std::string runtime_dir = "/elsewhere/netcore3.1";
-    std::vector<std::string> list = host::resolve_assembly_directories(vendor, false, "/default/", runtime_dir);
-    ASSERT_EQ(list.size(), 3u);
-    EXPECT_EQ(std::set<std::string>(list.begin(), list.begin() + 2),
-              (std::set<std::string>{tree.root() + "/a", tree.root() + "/b"}));
-    EXPECT_EQ(list.back(), runtime_dir);
-    EXPECT_EQ(std::count(list.begin(), list.end(), "/default/"), 0) << "the default directory is not added";
-}
-
-TEST(ResolveDirectories, DebugModeLeavesOutSubDirectoriesWithoutDebug) {
-    const std::string vendor = "gtestvendor9";
-    TempTree tree;
-    tree.dir("a/debug");
-    tree.dir("b");
-    ScopedVariable a(assembly_variable(vendor), tree.root().c_str());
-    std::vector<std::string> list = host::resolve_assembly_directories(vendor, true, "/default/", "/rt");
-    EXPECT_EQ(list, (std::vector<std::string>{tree.root() + "/a/debug", "/rt"}));
-}
-
-TEST(ResolveDirectories, EmptyAssemblyRootGivesTheRuntimeDirectoryAlone) {
-    const std::string vendor = "gtestvendor10";
-    TempTree tree;
-    ScopedVariable a(assembly_variable(vendor), tree.root().c_str());
-    EXPECT_EQ(host::resolve_assembly_directories(vendor, false, "/default/", "/rt/netcore3.1"),
-              std::vector<std::string>{"/rt/netcore3.1"});
-}
-
-TEST(ResolveDirectories, RuntimeDirectoryAlreadyListedIsNotAppendedTwice) {
-    const std::string vendor = "gtestvendor11";
-    TempTree tree;
-    std::string sub = tree.dir("x");
-    ScopedVariable a(assembly_variable(vendor), tree.root().c_str());
-    EXPECT_EQ(host::resolve_assembly_directories(vendor, false, "/default/", sub), std::vector<std::string>{sub});
-}
-
-TEST(ResolveDirectories, RuntimeDirectoryMatchesOnlyExactly) {
-    const std::string vendor = "gtestvendor12";
-    TempTree tree;
-    std::string sub = tree.dir("x");
-    ScopedVariable a(assembly_variable(vendor), tree.root().c_str());
-    EXPECT_EQ(host::resolve_assembly_directories(vendor, false, "/default/", sub + "/"),
-              (std::vector<std::string>{sub, sub + "/"}));
-    std::string upper = tree.root() + "/X";
-    EXPECT_EQ(host::resolve_assembly_directories(vendor, false, "/default/", upper),
-              (std::vector<std::string>{sub, upper}));
-}
-
-TEST(ResolveDirectories, DefaultDirectoryEqualToTheRuntimeDirectoryIsNotRepeated) {
-    const std::string vendor = "gtestvendor13";
-    ScopedVariable a(assembly_variable(vendor), nullptr);
-    EXPECT_EQ(host::resolve_assembly_directories(vendor, false, "/same/", "/same/"),
-              std::vector<std::string>{"/same/"});
-    EXPECT_EQ(host::resolve_assembly_directories(vendor, false, "/default/", "/rt"),
-              (std::vector<std::string>{"/default/", "/rt"}));
-}
-
-// ---------------------------------------------------------------------------------------------------
-// join_list
-
-TEST(JoinList, SeparatesEntriesWithoutATrailingSeparator) {
-    EXPECT_EQ(host::join_list({}, ':'), "");
-    EXPECT_EQ(host::join_list({"/a"}, ':'), "/a");
-    EXPECT_EQ(host::join_list({"/a", "/b/", "/c"}, ':'), "/a:/b/:/c");
-    EXPECT_EQ(host::join_list({"/a", "/b"}, ';'), "/a;/b");
-}
-
-TEST(JoinList, KeepsDuplicatesAndEmptyEntries) {
-    EXPECT_EQ(host::join_list({"/a", "/a"}, ':'), "/a:/a");
-    EXPECT_EQ(host::join_list({"", "/a", ""}, ':'), ":/a:");
+TEST(ResolveAssemblyDirectories, RootSubDirectoriesElseTheDefaultThenTheRuntimeDirectoryOnce) {
+    struct Case { const char* variable; List tree; bool debug; const char* runtime; List expected; };
+    const Case cases[] = {
+        {nullptr, {}, false, "/rt", {"/default/", "/rt"}},
+        {"", {"a/"}, false, "/rt", {"/default/", "/rt"}},
+        {nullptr, {}, false, "/default/", {"/default/"}},
+        {"@", {"a/", "c.txt"}, false, "/rt", {"@/a", "/rt"}},  // the default directory is not added
+        {"@", {"a/debug/", "b/"}, true, "/rt", {"@/a/debug", "/rt"}},
+        {"@", {}, false, "/rt", {"/rt"}},
+        {"@", {"x/"}, false, "@/x", {"@/x"}},
+        {"@", {"x/"}, false, "@/x/", {"@/x", "@/x/"}},  // the runtime directory is matched exactly
+        {"@", {"x/"}, false, "@/X", {"@/x", "@/X"}},
+    };
+    for (const Case& c : cases) {
+        TempTree tree;
+        build(tree, c.tree);
+        ScopedVariable variable("NETCORE_WRAPPER_ASSEMBLY_DIR_gtestasm",
+                                c.variable != nullptr ? at(tree, c.variable).c_str() : nullptr);
+        List expected;
+        for (const std::string& path : c.expected) expected.push_back(at(tree, path));
+        EXPECT_EQ(host::resolve_assembly_directories("gtestasm", c.debug, "/default/", at(tree, c.runtime)), expected)
+            << (c.variable != nullptr ? c.variable : "(unset)") << " " << ::testing::PrintToString(c.tree);
+    }
 }
 
 }  // namespace

@@ -21,18 +21,10 @@ constexpr char kAssembly[] = "WrpInterop.Orvane.PyFigura";
 constexpr char kExchange[] = "Orvane.WrpGen.Interop.ExchangeHost";
 constexpr char kObject[] = "Orvane.WrpGen.Interop.ObjectHost";
 
-// The wire form of System.Drawing.Color (ColorValue of the interop assembly).
-struct ColorValue {
-    uint8_t a, r, g, b;
-    int32_t state;  // 0: plain ARGB
-};
-
-// A string argument as the entries take it: UTF-16 code units here.
-struct StringArg {
-    int32_t length;
-    int32_t kind;  // bytes per code point
-    const void* data;
-};
+struct ColorValue { uint8_t a, r, g, b; int32_t state; };  // System.Drawing.Color on the wire; state 0: ARGB
+struct StringArg { int32_t length, kind; const void* data; };  // kind: bytes per code point
+// Points into `text`, which must outlive it.
+StringArg arg(const std::u16string& text) { return {static_cast<int32_t>(text.size()), 2, text.data()}; }
 
 // Python objects are opaque to the managed side: here they are heap UTF-16 strings.
 void* build_text(const char16_t* text, int32_t length) { return new std::u16string(text, length); }
@@ -80,10 +72,10 @@ Fn bind_drawing(host::HostRuntime& rt, const char* key) {
 
 int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
-        std::string arg = argv[i];
-        size_t equals = arg.find('='), colons = arg.find("::");
+        std::string a = argv[i];
+        size_t equals = a.find('='), colons = a.find("::");
         if (equals != std::string::npos && colons != std::string::npos && colons > equals)
-            g_entries[arg.substr(0, equals)] = {arg.substr(equals + 1, colons - equals - 1), arg.substr(colons + 2)};
+            g_entries[a.substr(0, equals)] = {a.substr(equals + 1, colons - equals - 1), a.substr(colons + 2)};
     }
     for (const char* key : kDrawingEntries) {
         if (g_entries.count(key) == 0) {
@@ -95,20 +87,20 @@ int main(int argc, char** argv) {
     check(rt.domain_initialized, "runtime started from " + rt.runtime_directory);
 
     using SetBuilder = void (*)(void* (*)(const char16_t*, int32_t));
-    bind<SetBuilder>(rt, kExchange, "SetU16StrBuilderCallback")(build_text);
-    bind<SetBuilder>(rt, kExchange, "SetPyStrBuilderCallback")(build_text);
-    bind<SetBuilder>(rt, kExchange, "SetPyUnraisableStrBuilderCallback")(build_text);
+    for (const char* setter :
+         {"SetU16StrBuilderCallback", "SetPyStrBuilderCallback", "SetPyUnraisableStrBuilderCallback"})
+        bind<SetBuilder>(rt, kExchange, setter)(build_text);
     bind<void (*)(void (*)(void*, void*))>(rt, kExchange, "SetExceptionCallback")(record_error);
     bind<void (*)()>(rt, kExchange, "InitServices")();
     auto type_name = bind<void* (*)(intptr_t)>(rt, kExchange, "GetTypeName");
     auto free_instance = bind<void (*)(intptr_t)>(rt, kExchange, "FreeInstance");
     auto to_string = bind<int32_t (*)(intptr_t, void**)>(rt, kObject, "ToStringOfObj");
     auto dispose = bind<void (*)(intptr_t)>(rt, kObject, "Dispose");
+    auto release = [&](intptr_t handle) { dispose(handle), free_instance(handle); };
 
     auto create = bind_drawing<intptr_t (*)(int32_t, int32_t)>(rt, "NewBitmap");
     auto set_pixel = bind_drawing<void (*)(intptr_t, int32_t, int32_t, const ColorValue*)>(rt, "SetPixel");
     auto get_pixel = bind_drawing<void (*)(intptr_t, int32_t, int32_t, ColorValue*)>(rt, "GetPixel");
-
     intptr_t bitmap = create(4, 3);
     check(bitmap != 0 && g_error.empty(), "new Bitmap(4, 3) " + g_error);
     if (bitmap == 0) return 1 + g_failures;
@@ -130,7 +122,6 @@ int main(int argc, char** argv) {
     std::snprintf(line, sizeof line, "SetPixel/GetPixel round trip: ARGB %u,%u,%u,%u state %d %s", read.a, read.r,
                   read.g, read.b, static_cast<int>(read.state), g_error.c_str());
     check(g_error.empty() && read.a == 200 && read.r == 10 && read.g == 20 && read.b == 30 && read.state == 0, line);
-
     get_pixel(bitmap, 99, 0, &read);
     check(g_error.rfind("System.ArgumentOutOfRangeException: ", 0) == 0, "GetPixel(99, 0) reports " + g_error);
     g_error.clear();
@@ -138,51 +129,39 @@ int main(int argc, char** argv) {
     // Drawing: a brush fills a corner through Graphics.FromImage.
     auto from_image = bind_drawing<intptr_t (*)(intptr_t)>(rt, "FromImage");
     auto fill = bind_drawing<void (*)(intptr_t, intptr_t, int32_t, int32_t, int32_t, int32_t)>(rt, "FillRectangle");
-    auto new_brush = bind_drawing<intptr_t (*)(const ColorValue*)>(rt, "NewSolidBrush");
     const ColorValue red{255, 255, 0, 0, 0};
     intptr_t graphics = from_image(bitmap);
-    intptr_t brush = new_brush(&red);
+    intptr_t brush = bind_drawing<intptr_t (*)(const ColorValue*)>(rt, "NewSolidBrush")(&red);
     fill(graphics, brush, 0, 0, 2, 2);
     get_pixel(bitmap, 0, 0, &read);
     check(g_error.empty() && read.a == 255 && read.r == 255 && read.g == 0 && read.b == 0,
           "Graphics.FromImage + FillRectangle(SolidBrush red) " + g_error);
 
     // Text: a font of the system's (DejaVu Sans, from fontconfig under Wine) drawn on a larger bitmap.
-    auto new_font = bind_drawing<intptr_t (*)(const StringArg*, float)>(rt, "NewFont");
     auto draw_string = bind_drawing<void (*)(intptr_t, const StringArg*, intptr_t, intptr_t, float, float)>(
         rt, "DrawString");
-    const std::u16string family = u"DejaVu Sans", word = u"Orvane";
-    const StringArg family_arg{static_cast<int32_t>(family.size()), 2, family.data()};
-    const StringArg word_arg{static_cast<int32_t>(word.size()), 2, word.data()};
-    intptr_t font = new_font(&family_arg, 14.0f);
+    const std::u16string family_name = u"DejaVu Sans", drawn = u"Orvane";
+    const StringArg family = arg(family_name), word = arg(drawn);
+    intptr_t font = bind_drawing<intptr_t (*)(const StringArg*, float)>(rt, "NewFont")(&family, 14.0f);
     check(font != 0 && g_error.empty(), "new Font(\"DejaVu Sans\", 14) " + g_error);
     intptr_t canvas = create(80, 24);
     intptr_t canvas_graphics = from_image(canvas);
-    draw_string(canvas_graphics, &word_arg, font, brush, 0.0f, 0.0f);
+    draw_string(canvas_graphics, &word, font, brush, 0.0f, 0.0f);
     int inked = 0;
     for (int y = 0; y < 24; ++y)
-        for (int x = 0; x < 80; ++x) {
-            get_pixel(canvas, x, y, &read);
-            if (read.a != 0) ++inked;
-        }
+        for (int x = 0; x < 80; ++x) get_pixel(canvas, x, y, &read), inked += read.a != 0;
     check(g_error.empty() && inked > 40, "DrawString inks " + std::to_string(inked) + " pixels " + g_error);
-    for (intptr_t handle : {canvas_graphics, canvas, font}) {
-        dispose(handle);
-        free_instance(handle);
-    }
+    for (intptr_t handle : {canvas_graphics, canvas, font}) release(handle);
     dispose(graphics);
 
     // Files: saved as PNG (the default encoder of a file without format) and read back.
-    auto save = bind_drawing<void (*)(intptr_t, const StringArg*)>(rt, "Save");
-    auto load = bind_drawing<intptr_t (*)(const StringArg*)>(rt, "LoadBitmap");
     wchar_t temp[MAX_PATH + 1] = {};
     GetTempPathW(MAX_PATH, temp);
-    std::u16string path = reinterpret_cast<const char16_t*>(temp);
-    path += u"orvane_runtime_check.png";
-    const StringArg path_arg{static_cast<int32_t>(path.size()), 2, path.data()};
-    save(bitmap, &path_arg);
+    const std::u16string path = reinterpret_cast<const char16_t*>(temp) + std::u16string(u"orvane_runtime_check.png");
+    const StringArg path_arg = arg(path);
+    bind_drawing<void (*)(intptr_t, const StringArg*)>(rt, "Save")(bitmap, &path_arg);
     check(g_error.empty(), "Image.Save(" + host::utf16_to_utf8(path) + ") " + g_error);
-    intptr_t reloaded = load(&path_arg);
+    intptr_t reloaded = bind_drawing<intptr_t (*)(const StringArg*)>(rt, "LoadBitmap")(&path_arg);
     check(reloaded != 0 && g_error.empty(), "new Bitmap(path) " + g_error);
     if (reloaded != 0) {
         ColorValue corner{}, pixel{};
@@ -191,14 +170,12 @@ int main(int argc, char** argv) {
         check(g_error.empty() && corner.r == 255 && corner.g == 0 && pixel.a == 200 && pixel.r == 10 &&
                   pixel.g == 20 && pixel.b == 30,
               "PNG round trip keeps the pixels " + g_error);
-        dispose(reloaded);
-        free_instance(reloaded);
+        release(reloaded);
     }
     DeleteFileW(reinterpret_cast<const wchar_t*>(path.c_str()));
 
     for (intptr_t handle : {brush, graphics}) free_instance(handle);
-    dispose(bitmap);
-    free_instance(bitmap);
+    release(bitmap);
     std::printf("%d failed\n", g_failures);
     return g_failures;
 }

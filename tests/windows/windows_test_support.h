@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 namespace windows_test {
@@ -17,8 +18,7 @@ inline std::string utf8(const std::wstring& wide) {
 
 inline std::wstring own_executable() {
     wchar_t buffer[MAX_PATH + 1] = {};
-    DWORD n = GetModuleFileNameW(nullptr, buffer, MAX_PATH);
-    return std::wstring(buffer, n);
+    return std::wstring(buffer, GetModuleFileNameW(nullptr, buffer, MAX_PATH));
 }
 
 // The fake loader library, built into fake\ beside the test program.
@@ -27,7 +27,8 @@ inline std::filesystem::path fake_loader() {
 }
 
 // A fresh directory under the temporary directory whose name holds non-ASCII letters, so that every
-// path through the host goes the UTF-8 and UTF-16 way; removed with its contents at the end.
+// path through the host goes the UTF-8 and UTF-16 way; removed with its contents at the end. Files and
+// directories are made below it with their parents.
 class TempTree {
 public:
     explicit TempTree(const wchar_t* tag) {
@@ -44,20 +45,14 @@ public:
     TempTree& operator=(const TempTree&) = delete;
 
     std::string root() const { return utf8(root_.wstring()); }
-    std::string dir(const std::wstring& relative) const {
-        std::filesystem::create_directories(root_ / relative);
-        return utf8((root_ / relative).wstring());
-    }
-    std::string file(const std::wstring& relative) const {
+    void dir(const std::wstring& relative) const { std::filesystem::create_directories(root_ / relative); }
+    void file(const std::wstring& relative) const {
         std::filesystem::create_directories((root_ / relative).parent_path());
-        FILE* f = _wfopen((root_ / relative).c_str(), L"wb");
-        if (f != nullptr) fclose(f);
-        return utf8((root_ / relative).wstring());
+        std::ofstream(root_ / relative, std::ios::binary);
     }
-    std::string copy(const std::filesystem::path& source, const std::wstring& relative) const {
-        std::filesystem::create_directories((root_ / relative).parent_path());
+    void copy(const std::filesystem::path& source, const std::wstring& relative) const {
+        file(relative);
         std::filesystem::copy_file(source, root_ / relative, std::filesystem::copy_options::overwrite_existing);
-        return utf8((root_ / relative).wstring());
     }
 
 private:
