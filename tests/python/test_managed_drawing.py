@@ -11,7 +11,7 @@ from PIL import Image
 
 from conftest import TEST_ASSETS
 
-PROBE_ENV = {"NETCORE_WRAPPER_ASSEMBLY_DIR_orvane": os.path.join(TEST_ASSETS, "assemblies"), "COREHOST_TRACE": "1"}
+PROBE_ENV = {"NETCORE_WRAPPER_ASSEMBLY_DIR_orvane": os.path.join(TEST_ASSETS, "assemblies")}
 TEXTS = {"plain ascii": 11, "Latin-1 \u00e9\u00ff": 10, "BMP \u4e2d\u6587\u20ac": 7,
          "astral \U0001F600\U00010348": 11, "": 0}
 SCRIPT = """
@@ -31,7 +31,7 @@ print("RESULT " + json.dumps(out))
 
 def test_a_sister_module_draws_fails_and_echoes_through_the_shared_host(fresh_python, tmp_path):
     path = tmp_path / "probe.png"
-    run = fresh_python(f"PATH = {str(path)!r}\nTEXTS = {list(TEXTS)!r}\n" + SCRIPT, env=PROBE_ENV)
+    run = fresh_python(f"PATH = {str(path)!r}\nTEXTS = {list(TEXTS)!r}\n" + SCRIPT, env=dict(PROBE_ENV, COREHOST_TRACE="1"))
     assert run.returncode == 0, run
     lines = run.stdout.decode().splitlines()
     out = json.loads(next(line for line in lines if line.startswith("RESULT "))[7:])
