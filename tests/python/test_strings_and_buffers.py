@@ -1,76 +1,53 @@
-"""Strings of every width and bytes-like objects reach managed System.Drawing code intact and come back."""
+"""Strings of every width and bytes-like objects reach managed System.Drawing code intact and come back;
+underneath, the string and byte builders the managed side makes Python values with."""
 import array
 import os
+import sys
 
 import pytest
-from PIL import Image as PilImage
 
+import failure_probe
 import orvane.pyfigura as f
 from orvane.pyfigura import drawing2d, imaging, printing
 
-TEXTS = {
-    "ascii": "plain ascii",
-    "latin1": "caf\u00e9 \u00ff\u00e0",
-    "bmp": "\u4e2d\u6587 \u20ac \u0416",
-    "astral": "smile \U0001F600 \U00010348",
-    "mixed": "a\u00e9\u4e2d\U0001F600z",
-    "empty": "",
-}
+TEXTS = {"ascii": "plain ascii", "latin1": "caf\u00e9 \u00ff\u00e0", "bmp": "\u4e2d\u6587 \u20ac \u0416",
+         "astral": "smile \U0001F600 \U00010348", "mixed": "a\u00e9\u4e2d\U0001F600z", "empty": "",
+         "subclass": type("Name", (str,), {})("sub\u00e9"), "long": "\u00e9\U0001F600x" * 20000, "nul": "a\x00b"}
+QUALITY = imaging.Encoder.QUALITY
 
 
-@pytest.fixture(params=sorted(TEXTS), ids=sorted(TEXTS))
-def text(request):
-    return TEXTS[request.param]
+def utf16(text):
+    return text.encode("utf-16-le", "surrogatepass")
 
 
-class TestStringsRoundTrip:
-    def test_constructor_argument_and_property(self, text):
-        assert printing.PaperSize(text, 100, 200).paper_name == text
+def raised(call):
+    with pytest.raises(Exception) as caught:
+        call()
+    return caught.type, caught.value.args
 
-    def test_property_setter_and_getter(self, text):
+
+class TestStrings:
+    @pytest.mark.parametrize("text", TEXTS.values(), ids=TEXTS)
+    def test_arguments_properties_and_managed_texts_round_trip(self, text):
+        size = printing.PaperSize(text, 100, 200)
+        assert size.paper_name == text and repr(size) == f"[PaperSize {text} Kind=Custom Height=200 Width=100]"
         doc = printing.PrintDocument()
         doc.document_name = text
-        back = doc.document_name
-        assert type(back) is str
-        assert back == text
-
-    def test_object_property_holds_a_str(self, text):
-        holder = f.Bitmap(1, 1)
-        holder.tag = text
-        assert holder.tag == text
-
-    def test_managed_to_string_builds_the_text(self, text):
-        size = printing.PaperSize(text, 100, 200)
-        assert repr(size) == f"[PaperSize {text} Kind=Custom Height=200 Width=100]"
-
-    def test_str_subclass_is_accepted(self):
-        class Name(str):
-            pass
-        assert printing.PaperSize(Name("sub\u00e9"), 1, 1).paper_name == "sub\u00e9"
+        assert type(doc.document_name) is str and doc.document_name == text
 
     def test_file_names_reach_the_file_system(self, tmp_path):
         names = [TEXTS[k] + ".png" for k in ("latin1", "bmp", "astral", "mixed")]
         for i, name in enumerate(names):
             f.Bitmap(i + 1, 2).save(str(tmp_path / name))
         assert sorted(os.listdir(tmp_path)) == sorted(names)
-        for i, name in enumerate(names):
-            assert f.Image.from_file(str(tmp_path / name)).width == i + 1
+        assert [f.Image.from_file(str(tmp_path / name)).width for name in names] == [1, 2, 3, 4]
 
-
-class TestStringEdges:
-    def test_none_is_the_null_string(self):
+    def test_none_is_the_null_string_and_other_objects_are_refused(self):
         size = printing.PaperSize(None, 1, 2)
         assert size.paper_name is None
-        size.paper_name = "x"
-        size.paper_name = None
-        assert size.paper_name is None
-
-    @pytest.mark.parametrize("value", [b"bytes", bytearray(b"x"), 3, 1.5])
-    def test_non_str_is_refused(self, value):
-        doc = printing.PrintDocument()
-        with pytest.raises(TypeError) as info:
-            doc.document_name = value
-        assert info.value.args == (f"can't build String from '{type(value).__name__}'",)
+        for value in (b"bytes", bytearray(b"x"), 3):
+            assert raised(lambda: setattr(size, "paper_name", value)) == (
+                TypeError, (f"can't build String from '{type(value).__name__}'",))
 
     @pytest.mark.parametrize("bad", ["a\ud800b", "\U0001F600\udfff"], ids=["ucs2", "ucs4"])
     def test_lone_surrogate_is_refused_as_python_would(self, bad):
@@ -86,137 +63,74 @@ class TestStringEdges:
 
     def test_nul_in_a_file_name_is_refused_as_open_does(self, tmp_path):
         target = str(tmp_path / "a\x00b.png")
-        calls = [lambda: f.Bitmap(2, 2).save(target), lambda: f.Bitmap(target),
-                 lambda: setattr(printing.PrinterSettings(), "print_file_name", target)]
-        for call in calls:
-            with pytest.raises(ValueError, match="^embedded null character$"):
-                call()
-        assert list(tmp_path.iterdir()) == []
-        f.Bitmap(2, 2).save(str(tmp_path / "ok.png"))  # the same converter passes a clean name
-        # A NUL inside text that is not a file name still crosses whole.
-        doc = printing.PrintDocument()
-        doc.document_name = "a\x00b"
-        assert doc.document_name == "a\x00b"
-
-    def test_long_string(self):
-        long_text = ("\u00e9\U0001F600x" * 20000)
-        doc = printing.PrintDocument()
-        doc.document_name = long_text
-        assert doc.document_name == long_text
+        for call in [lambda: f.Bitmap(2, 2).save(target), lambda: f.Bitmap(target),
+                     lambda: setattr(printing.PrinterSettings(), "print_file_name", target)]:
+            assert raised(call) == (ValueError, ("embedded null character",))
+        assert list(tmp_path.iterdir()) == []  # text that is no file name keeps its NUL: TEXTS["nul"]
 
 
-QUALITY = imaging.Encoder.QUALITY
+class TestBuilders:
+    @pytest.mark.parametrize("text", ["", "abc", "\u00e9\u20ac", "a name longer than seven units \U0001F600"])
+    def test_builders_decode_and_copy_utf16_and_bytes(self, text):
+        assert failure_probe.build_py_string(utf16(text)) == failure_probe.build_py_string_quiet(utf16(text)) == text
+        assert failure_probe.build_u16_string(utf16(text)) == utf16(text)
+        made = failure_probe.build_py_bytes(utf16(text))
+        assert type(made) is bytearray and made == utf16(text)
+
+    def test_lone_surrogate_fails_in_the_builder_and_the_quiet_one_reports_it(self, monkeypatch):
+        with pytest.raises(LookupError, match="unknown error handler name ''"):
+            failure_probe.build_py_string(utf16("a\ud800"))
+        seen = []
+        monkeypatch.setattr(sys, "unraisablehook", seen.append)  # inside the call phase, after pytest's own
+        assert failure_probe.build_py_string_quiet(utf16("\udc00")) is None
+        assert [(u.exc_type, u.object) for u in seen] == [(LookupError, "FormatCallbackException")]
 
 
-class TestByteArrayParameters:
-    @pytest.mark.parametrize("value", [
-        b"abc", bytearray(b"abcd"), memoryview(b"abcde"), memoryview(bytearray(b"xy")),
-        array.array("B", b"xyz123"), b""], ids=["bytes", "bytearray", "memoryview", "memoryview-rw",
-                                                 "array", "empty"])
+class TestByteArrays:
+    @pytest.mark.parametrize("value", [b"abc", bytearray(b"abcd"), memoryview(b"abcde"), array.array("B", b"xyz123"),
+                                       b""], ids=["bytes", "bytearray", "memoryview", "array", "empty"])
     def test_bytes_like_objects_reach_a_byte_array_parameter(self, value):
-        ep = imaging.EncoderParameter(QUALITY, value)
-        assert ep.number_of_values == len(bytes(value))
-        assert ep.value_type == imaging.EncoderParameterValueType.VALUE_TYPE_BYTE
+        kinds = imaging.EncoderParameterValueType
+        first, second = imaging.EncoderParameter(QUALITY, value), imaging.EncoderParameter(QUALITY, value, True)
+        assert (first.number_of_values, first.value_type) == (len(bytes(value)), kinds.VALUE_TYPE_BYTE)
+        assert (second.number_of_values, second.value_type) == (len(bytes(value)), kinds.VALUE_TYPE_UNDEFINED)
 
-    def test_the_bytes_arrive_intact(self):
-        data = bytes(range(256))
-        path = drawing2d.PathData()
-        path.types = data
-        assert path.types == bytearray(data)
+    def test_property_copies_in_and_out_and_none_is_a_null_array(self):
+        data, path = bytes(range(256)), drawing2d.PathData()
         path.types = memoryview(data)[10:20]
         assert path.types == bytearray(data[10:20])
-
-    def test_second_byte_array_overload(self):
-        ep = imaging.EncoderParameter(QUALITY, b"ab", True)
-        assert ep.number_of_values == 2
-        assert ep.value_type == imaging.EncoderParameterValueType.VALUE_TYPE_UNDEFINED
-
-    def test_none_is_a_null_array(self):
-        path = drawing2d.PathData()
-        path.types = b"\x01"
-        path.types = None
+        path.types = data
+        first = path.types
+        assert type(first) is bytearray and first == bytearray(data) and path.types is not first
+        first[0] = 0x7F
+        assert path.types == bytearray(data)
+        path.types = None  # the null array
         assert path.types is None
+        assert raised(lambda: setattr(path, "types", [1, 2])) == (TypeError, ("can't build byte[] from 'list'",))
 
-    @pytest.mark.parametrize("value", ["text", 5, [1, 2]])
-    def test_objects_without_a_buffer_are_refused(self, value):
-        path = drawing2d.PathData()
-        with pytest.raises(TypeError) as info:
-            path.types = value
-        assert info.value.args == (f"can't build byte[] from '{type(value).__name__}'",)
-
-    def test_strided_memoryview_is_refused_and_released(self):
-        base = bytearray(b"abcdef")
-        view = memoryview(base)[::2]
-        with pytest.raises(TypeError) as info:
-            imaging.EncoderParameter(QUALITY, view, True)  # alone, the view is a sequence for Int16[]
-        assert info.value.args[0][9] == "can't get internal buffer"
-        view.release()  # would raise BufferError if an export were still held
-        base.extend(b"!")
-        assert base == bytearray(b"abcdef!")
-
-
-class TestLeases:
-    def test_bytearray_can_be_resized_after_the_call(self):
+    def test_leases_are_given_back_after_success_a_failed_trial_and_a_managed_exception(self):
         data = bytearray(b"abc")
         imaging.EncoderParameter(QUALITY, data)
-        data.extend(b"defg")
-        assert len(data) == 7
-
-    def test_lease_of_a_failed_trial_is_released_before_the_next(self):
-        data = bytearray(b"abc")
+        data.extend(b"d")  # a held export would refuse the resize
         # EncoderParameter(encoder, byte[], bool) leases the buffer, then refuses the int; so do all others.
         with pytest.raises(TypeError) as info:
             imaging.EncoderParameter(QUALITY, data, 1)
         assert info.value.args[0][9] == "can't build bool from 'int'"
-        data.extend(b"more")
-        assert data == bytearray(b"abcmore")
-
-    def test_memoryview_export_is_released_after_a_property_set(self):
-        base = bytearray(b"\x00\x01")
-        view = memoryview(base)
-        path = drawing2d.PathData()
-        path.types = view
-        view.release()
-        base.append(2)
-        # The managed array is a copy, unaffected by later changes of the source.
-        assert path.types == bytearray(b"\x00\x01")
-
-    def test_managed_exception_after_a_lease_releases_it(self):
-        data = bytearray(b"x")
+        data.extend(b"e")
         with f.Graphics.from_image(f.Bitmap(2, 2)) as g:
             # Metafile comments are not implemented on this platform: the call fails with the lease held.
             with pytest.raises(RuntimeError, match=r"^Proxy error\(System\.NotImplementedException\)"):
                 g.add_metafile_comment(data)
-        data.extend(b"yz")
-        assert data == bytearray(b"xyz")
+        data.extend(b"f")
+        assert data == bytearray(b"abcdef")
 
-
-class TestByteArrayResults:
-    def test_result_is_a_fresh_bytearray(self):
-        path = drawing2d.PathData()
-        path.types = b"\x00\x01\x81"
-        first = path.types
-        assert type(first) is bytearray
-        first[0] = 0x7F
-        assert path.types == bytearray(b"\x00\x01\x81")
-        assert path.types is not path.types
-
-    def test_region_data_round_trip(self):
-        shape = drawing2d.GraphicsPath()
-        shape.add_line(0, 0, 5, 5)
-        shape.add_line(5, 5, 9, 0)
-        data = f.Region(shape).get_region_data().data
-        assert type(data) is bytearray and len(data) > 16
-        holder = f.Region().get_region_data()
-        holder.data = bytes(data)
-        rebuilt = f.Region(holder)
-        assert rebuilt.get_region_data().data == data
-
-    def test_property_item_value_of_a_real_image(self, tmp_path):
-        path = str(tmp_path / "exif.jpg")
-        exif = PilImage.Exif()
-        exif[0x010E] = "a description"
-        PilImage.new("RGB", (8, 8), "red").save(path, exif=exif.tobytes())
-        item = f.Image.from_file(path).get_property_item(0x010E)
-        assert (item.id, item.type, item.len) == (0x010E, 2, 14)
-        assert item.value == bytearray(b"a description\x00")
+    def test_arrays_of_byte_arrays_lease_each_element(self):
+        codec = imaging.ImageCodecInfo.get_image_encoders()[0]
+        data = bytearray(b"zz")
+        codec.signature_patterns = [None, b"ab", data, memoryview(b"q")]
+        data.extend(b"more")
+        assert list(codec.signature_patterns) == [None, bytearray(b"ab"), bytearray(b"zz"), bytearray(b"q")]
+        codec.signature_patterns = (b"1", None)
+        assert list(codec.signature_patterns) == [bytearray(b"1"), None]
+        with pytest.raises(TypeError, match=r"can't build byte\[\] from 'int'"):
+            codec.signature_patterns = [b"ok", 5]
