@@ -2,15 +2,11 @@
 using System;
 using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
-using System.Threading;
 
 namespace Orvane.WrpGen.Interop
 {
     public static unsafe class ExchangeHost
     {
-        /// <summary>Calls of GetTypeName so far, for checks of the native type caches.</summary>
-        public static long TypeNameLookups;
-
         /// <summary>The managed type's full name (nested types with '+') as a native wide-string object.</summary>
         [UnmanagedCallersOnly]
         [MethodImpl(MethodImplOptions.AggressiveOptimization)]
@@ -18,7 +14,6 @@ namespace Orvane.WrpGen.Interop
         {
             try
             {
-                Interlocked.Increment(ref TypeNameLookups);
                 string name = InstanceHandles.Get(handle)?.GetType().FullName ?? string.Empty;
                 fixed (char* p = name) return NativeCallbacks.BuildU16String(p, name.Length);
             }

@@ -138,23 +138,6 @@ PyObject* probe_last_call(PyObject*, PyObject*) {
 
 PyObject* probe_reads(PyObject*, PyObject*) { return PyLong_FromLong(g_reads); }
 
-PyObject* probe_function_addresses(PyObject*, PyObject*) {
-    PyObject* addresses = PyDict_New();
-    if (addresses == nullptr) {
-        return nullptr;
-    }
-    for (const NamedRow& named : g_rows) {
-        PyObject* address = PyLong_FromVoidPtr(reinterpret_cast<void*>(named.row->ml_meth));
-        if (address == nullptr || PyDict_SetItemString(addresses, named.name, address) < 0) {
-            Py_XDECREF(address);
-            Py_DECREF(addresses);
-            return nullptr;
-        }
-        Py_DECREF(address);
-    }
-    return addresses;
-}
-
 // make_method(row_name, self=None): a method object of Probe over one of the rows above.
 PyObject* probe_make_method(PyObject*, PyObject* args) {
     const char* name;
@@ -172,7 +155,7 @@ PyObject* probe_make_method(PyObject*, PyObject* args) {
 }
 
 // install(name: bytes, kind): stores a new descriptor on Target. Kinds: "field" (Probe's counter
-// row), "mix" (Probe's m rows), "failed" (a creation that failed with RuntimeError pending).
+// row), "failed" (a creation that failed with RuntimeError pending).
 PyObject* probe_install(PyObject*, PyObject* args) {
     const char* name;
     const char* kind;
@@ -182,8 +165,6 @@ PyObject* probe_install(PyObject*, PyObject* args) {
     PyObject* descriptor;
     if (std::strcmp(kind, "field") == 0) {
         descriptor = make_field_descriptor(&TargetType, &g_fields[0]);
-    } else if (std::strcmp(kind, "mix") == 0) {
-        descriptor = make_mix_descriptor(&TargetType, &g_static_m, &g_instance_m);
     } else {
         PyErr_SetString(PyExc_RuntimeError, "creation failed");
         descriptor = nullptr;
@@ -197,7 +178,6 @@ PyObject* probe_install(PyObject*, PyObject* args) {
 PyMethodDef g_functions[] = {
     {"last_call", probe_last_call, METH_NOARGS, nullptr},
     {"reads", probe_reads, METH_NOARGS, nullptr},
-    {"function_addresses", probe_function_addresses, METH_NOARGS, nullptr},
     {"make_method", probe_make_method, METH_VARARGS, nullptr},
     {"install", probe_install, METH_VARARGS, nullptr},
     {nullptr},

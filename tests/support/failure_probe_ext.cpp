@@ -147,21 +147,6 @@ PyObject* probe_catch_and_clear(PyObject*, PyObject* action) {
     return Py_BuildValue("(iNiiO)", code, text_item, view.length, view.kind, same_storage ? Py_True : Py_False);
 }
 
-PyObject* probe_format_pending(PyObject*, PyObject* args) {
-    PyObject *type, *value, *traceback;
-    if (!PyArg_ParseTuple(args, "OOO:format_pending_exception", &type, &value, &traceback)) {
-        return nullptr;
-    }
-    PyObject* text = nullptr;
-    const bool ok = format_pending_exception(type, value == Py_None ? nullptr : value,
-                                             traceback == Py_None ? nullptr : traceback, &text);
-    if (PyErr_Occurred()) {
-        Py_XDECREF(text);
-        return nullptr;
-    }
-    return Py_BuildValue("(ON)", ok ? Py_True : Py_False, text != nullptr ? text : Py_NewRef(Py_None));
-}
-
 PyObject* probe_versioned_dependency(PyObject*, PyObject* args) {
     const char* module_name;
     const char* dependency_name;
@@ -184,34 +169,6 @@ PyObject* probe_import_attribute(PyObject*, PyObject* args) {
     PyObject* value = import_attribute(module_name, attribute);
     Py_DECREF(attribute);
     return value;
-}
-
-PyObject* view_tuple(PyObject* object, const StringArg& view) {
-    const bool same_storage = object != Py_None && view.data == PyUnicode_DATA(object);
-    return Py_BuildValue("(iiO)", view.length, view.kind, same_storage ? Py_True : Py_False);
-}
-
-PyObject* probe_expose(PyObject*, PyObject* object) {
-    if (!PyUnicode_Check(object)) {
-        PyErr_SetString(PyExc_TypeError, "expose_string takes a str");
-        return nullptr;
-    }
-    StringArg view;
-    reset_string_arg(&view);
-    if (!expose_string(object, &view)) {
-        return nullptr;
-    }
-    return view_tuple(object, view);
-}
-
-// Runs the converter on a record in its reset state, as a call trial does.
-PyObject* probe_convert(PyObject*, PyObject* object) {
-    StringArg view;
-    reset_string_arg(&view);
-    if (!convert_string(object, &view)) {
-        return nullptr;
-    }
-    return view_tuple(object, view);
 }
 
 // Builders take UTF-16LE bytes, as the managed side hands them over.
@@ -283,11 +240,8 @@ PyMethodDef probe_methods[] = {
     KW_METHOD("chain_and_raise", probe_chain_and_raise),
     KW_METHOD("raise_proxy_error", probe_proxy_error),
     {"catch_and_clear_error", probe_catch_and_clear, METH_O, nullptr},
-    {"format_pending_exception", probe_format_pending, METH_VARARGS, nullptr},
     {"import_versioned_dependency", probe_versioned_dependency, METH_VARARGS, nullptr},
     {"import_attribute", probe_import_attribute, METH_VARARGS, nullptr},
-    {"expose_string", probe_expose, METH_O, nullptr},
-    {"convert_string", probe_convert, METH_O, nullptr},
     {"build_py_string", probe_build_string<build_py_string>, METH_VARARGS, nullptr},
     {"build_py_string_quiet", probe_build_string<build_py_string_quiet>, METH_VARARGS, nullptr},
     {"build_u16_string", probe_build_u16, METH_VARARGS, nullptr},

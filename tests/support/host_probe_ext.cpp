@@ -16,8 +16,6 @@ struct ProbeEntries {
     void (*Fail)(StringArg*);
     PyObject* (*Echo)(StringArg*, int32_t*);
     int64_t (*LiveHandles)();
-    int64_t (*TypeNameLookups)();
-    void (*CollectGarbage)();
     bool bound;
 };
 
@@ -28,9 +26,7 @@ bool bind_probe() {
     const ProbeBinding bindings[] = {{"DrawSample", probe_slot(g_entries.DrawSample)},
                                      {"Fail", probe_slot(g_entries.Fail)},
                                      {"Echo", probe_slot(g_entries.Echo)},
-                                     {"LiveHandles", probe_slot(g_entries.LiveHandles)},
-                                     {"TypeNameLookups", probe_slot(g_entries.TypeNameLookups)},
-                                     {"CollectGarbage", probe_slot(g_entries.CollectGarbage)}};
+                                     {"LiveHandles", probe_slot(g_entries.LiveHandles)}};
     return bind_probe_entries(kProbeClass, bindings, sizeof bindings / sizeof bindings[0], g_entries.bound);
 }
 
@@ -74,17 +70,6 @@ PyObject* live_handles(PyObject*, PyObject*) {
     return PyLong_FromLongLong(g_entries.LiveHandles());
 }
 
-PyObject* type_name_lookups(PyObject*, PyObject*) {
-    if (!bind_probe()) return nullptr;
-    return PyLong_FromLongLong(g_entries.TypeNameLookups());
-}
-
-PyObject* collect_garbage(PyObject*, PyObject*) {
-    if (!bind_probe()) return nullptr;
-    g_entries.CollectGarbage();
-    Py_RETURN_NONE;
-}
-
 PyObject* runtime_state(PyObject*, PyObject*) {
     if (!bind_probe()) return nullptr;
     host::HostRuntime& rt = host::host_runtime_instance();
@@ -99,8 +84,6 @@ PyMethodDef g_methods[] = {
     {"fail", fail, METH_VARARGS, "fail(message): a managed exception with that message"},
     {"echo", echo, METH_VARARGS, "echo(text) -> (text back from managed code, UTF-16 length)"},
     {"live_handles", live_handles, METH_NOARGS, "number of live instance handles"},
-    {"type_name_lookups", type_name_lookups, METH_NOARGS, "number of GetTypeName calls so far"},
-    {"collect_garbage", collect_garbage, METH_NOARGS, "full managed collection, finalizers run"},
     {"runtime_state", runtime_state, METH_NOARGS, "this module's view of the shared host"},
     {nullptr, nullptr, 0, nullptr}};
 

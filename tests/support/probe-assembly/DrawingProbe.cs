@@ -5,7 +5,6 @@ using System.Drawing;
 using System.Drawing.Drawing2D;
 using System.Drawing.Imaging;
 using System.Runtime.InteropServices;
-using System.Threading;
 using Orvane.WrpGen.Interop;
 
 namespace Orvane.PyFigura.Probe
@@ -71,17 +70,5 @@ namespace Orvane.PyFigura.Probe
 
         [UnmanagedCallersOnly]
         public static long LiveHandles() => InstanceHandles.Live;
-
-        /// <summary>A full collection with finalizers run: what stays afterwards is really held.</summary>
-        [UnmanagedCallersOnly]
-        public static void CollectGarbage()
-        {
-            GC.Collect();
-            GC.WaitForPendingFinalizers();
-            GC.Collect();
-        }
-
-        [UnmanagedCallersOnly]
-        public static long TypeNameLookups() => Interlocked.Read(ref ExchangeHost.TypeNameLookups);
     }
 }
