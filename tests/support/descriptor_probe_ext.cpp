@@ -1,8 +1,10 @@
-// Test module descriptor_probe: static types carrying field and mixed method descriptors whose functions record each call.
-#include "bridge/descriptors.h"
-
+// Test module descriptor_probe: static types carrying field and mixed method descriptors whose functions record
+// each call.
 #include <cstddef>
 #include <cstring>
+
+#include "bridge/descriptors.h"
+#include "probe_binding.h"
 
 namespace {
 
@@ -12,46 +14,33 @@ struct ProbeObject {
 };
 
 long g_reads = 0;
-PyObject* g_last_call = nullptr;  // dict describing the last row function that ran, or null
+PyObject* g_last_call = nullptr;  // what the last row function saw, or null
 
-// Keeps what a row function saw: its name, the address of self (None for null), args, kwargs and
-// the type of the exception pending when it started. The pending exception is left in place.
+PyObject* or_none(PyObject* object) { return object != nullptr ? object : Py_None; }
+
+// Keeps what a row function saw: its name, the address of self (None for null), args, kwargs and the type of the
+// exception pending when it started. The pending exception is left in place.
 void record_call(const char* function, PyObject* self, PyObject* args, PyObject* kwargs) {
     PyObject* pending = PyErr_Occurred();
     PyObject *type, *value, *traceback;
     PyErr_Fetch(&type, &value, &traceback);
     PyObject* address = self != nullptr ? PyLong_FromVoidPtr(self) : Py_NewRef(Py_None);
-    PyObject* record = Py_BuildValue("{s:s,s:N,s:O,s:O,s:O}", "function", function, "self", address,
-                                     "args", args != nullptr ? args : Py_None, "kwargs",
-                                     kwargs != nullptr ? kwargs : Py_None, "pending",
-                                     pending != nullptr ? pending : Py_None);
-    Py_XSETREF(g_last_call, record);
-    PyErr_Clear();
+    Py_XSETREF(g_last_call, Py_BuildValue("{s:s,s:N,s:O,s:O,s:O}", "function", function, "self", address, "args",
+                                          or_none(args), "kwargs", or_none(kwargs), "pending", or_none(pending)));
     PyErr_Restore(type, value, traceback);
 }
 
-PyObject* result_of(const char* function, PyObject* args, PyObject* kwargs) {
-    return Py_BuildValue("(sOO)", function, args != nullptr ? args : Py_None,
-                         kwargs != nullptr ? kwargs : Py_None);
-}
-
-PyObject* static_row_function(PyObject* self, PyObject* args, PyObject* kwargs) {
-    record_call("static", self, args, kwargs);
-    return result_of("static", args, kwargs);
-}
-
-PyObject* instance_row_function(PyObject* self, PyObject* args, PyObject* kwargs) {
-    record_call("instance", self, args, kwargs);
-    return result_of("instance", args, kwargs);
+template <bool Static>
+PyObject* row_function(PyObject* self, PyObject* args, PyObject* kwargs) {
+    const char* name = Static ? "static" : "instance";
+    record_call(name, self, args, kwargs);
+    return Py_BuildValue("(sOO)", name, or_none(args), or_none(kwargs));
 }
 
 // Shaped like a generated METH_NOARGS method: it does its work, then asks PyErr_Occurred.
 PyObject* noargs_row_function(PyObject* self, PyObject* args, PyObject* kwargs) {
     record_call("noargs", self, args, kwargs);
-    if (PyErr_Occurred()) {
-        return nullptr;
-    }
-    return PyUnicode_FromString("noargs");
+    return PyErr_Occurred() ? nullptr : PyUnicode_FromString("noargs");
 }
 
 PyObject* count_reads(PyObject*, void*) { return PyLong_FromLong(++g_reads); }
@@ -61,10 +50,7 @@ PyObject* report_origin(PyObject* object, void* closure) {
     return Py_BuildValue("(ss)", object == nullptr ? "null" : "object", static_cast<const char*>(closure));
 }
 
-PyObject* fail_read(PyObject*, void*) {
-    PyErr_SetString(PyExc_ValueError, "getter failed");
-    return nullptr;
-}
+PyObject* fail_read(PyObject*, void*) { return PyErr_Format(PyExc_ValueError, "getter failed"); }
 
 char kOriginClosure[] = "closure of origin";
 
@@ -74,41 +60,30 @@ PyGetSetDef g_fields[] = {
     {"broken", fail_read, nullptr, "", nullptr},
 };
 
-PyMethodDef g_static_m = {"m", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(static_row_function)),
-                          METH_VARARGS | METH_KEYWORDS | METH_STATIC, "Static form of m."};
-PyMethodDef g_instance_m = {"m", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(noargs_row_function)),
-                            METH_NOARGS, "Instance form of m."};
-PyMethodDef g_static_k = {"k", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(static_row_function)),
-                          METH_VARARGS | METH_KEYWORDS, nullptr};
-PyMethodDef g_instance_k = {"k", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(instance_row_function)),
-                            METH_VARARGS | METH_KEYWORDS, nullptr};
-// Another row with k's instance function: method objects compare by function, not by row.
-PyMethodDef g_alias_k = {"alias", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(instance_row_function)),
-                         METH_VARARGS | METH_KEYWORDS, nullptr};
+#define ROW(name, function, flags, doc) \
+    {name, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(function)), flags, doc}
 
+PyMethodDef g_static_m = ROW("m", row_function<true>, METH_VARARGS | METH_KEYWORDS | METH_STATIC, "Static form of m.");
+PyMethodDef g_instance_m = ROW("m", noargs_row_function, METH_NOARGS, "Instance form of m.");
+PyMethodDef g_static_k = ROW("k", row_function<true>, METH_VARARGS | METH_KEYWORDS, nullptr);
+PyMethodDef g_instance_k = ROW("k", row_function<false>, METH_VARARGS | METH_KEYWORDS, nullptr);
+// Another row with k's instance function: method objects compare by function, not by row.
+PyMethodDef g_alias_k = ROW("alias", row_function<false>, METH_VARARGS | METH_KEYWORDS, nullptr);
 // A name longer than the 200 characters that the argument messages keep; filled at module start.
 char g_long_name[251];
-PyMethodDef g_long_noargs = {g_long_name, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(noargs_row_function)),
-                             METH_NOARGS, nullptr};
+PyMethodDef g_long_noargs = ROW(g_long_name, noargs_row_function, METH_NOARGS, nullptr);
 
-struct NamedRow {
+const struct {
     const char* name;
     PyMethodDef* row;
-};
-
-const NamedRow g_rows[] = {
-    {"static_m", &g_static_m}, {"instance_m", &g_instance_m}, {"static_k", &g_static_k},
-    {"instance_k", &g_instance_k}, {"alias_k", &g_alias_k}, {"long_noargs", &g_long_noargs},
-};
+} g_rows[] = {{"instance_k", &g_instance_k}, {"alias_k", &g_alias_k}, {"long_noargs", &g_long_noargs}};
 
 void probe_dealloc(PyObject* self) {
-    if (reinterpret_cast<ProbeObject*>(self)->weak_references != nullptr) {
-        PyObject_ClearWeakRefs(self);
-    }
+    if (reinterpret_cast<ProbeObject*>(self)->weak_references != nullptr) PyObject_ClearWeakRefs(self);
     Py_TYPE(self)->tp_free(self);
 }
 
-PyTypeObject make_probe_type() {
+PyTypeObject ProbeType = [] {
     PyTypeObject type = {PyVarObject_HEAD_INIT(nullptr, 0)};
     type.tp_name = "descriptor_probe.Probe";
     type.tp_basicsize = sizeof(ProbeObject);
@@ -117,19 +92,17 @@ PyTypeObject make_probe_type() {
     type.tp_weaklistoffset = offsetof(ProbeObject, weak_references);
     type.tp_new = PyType_GenericNew;
     return type;
-}
+}();
 
-PyTypeObject make_target_type() {
+PyTypeObject TargetType = [] {
     PyTypeObject type = {PyVarObject_HEAD_INIT(nullptr, 0)};
     type.tp_name = "descriptor_probe.Target";
     type.tp_basicsize = sizeof(PyObject);
     type.tp_flags = Py_TPFLAGS_DEFAULT;
     return type;
-}
+}();
 
-PyTypeObject ProbeType = make_probe_type();
-PyTypeObject TargetType = make_target_type();
-
+// last_call() -> the record of the last row call since the previous last_call(), or None
 PyObject* probe_last_call(PyObject*, PyObject*) {
     PyObject* record = g_last_call != nullptr ? g_last_call : Py_NewRef(Py_None);
     g_last_call = nullptr;
@@ -142,37 +115,26 @@ PyObject* probe_reads(PyObject*, PyObject*) { return PyLong_FromLong(g_reads); }
 PyObject* probe_make_method(PyObject*, PyObject* args) {
     const char* name;
     PyObject* self = Py_None;
-    if (!PyArg_ParseTuple(args, "s|O", &name, &self)) {
-        return nullptr;
-    }
-    for (const NamedRow& named : g_rows) {
-        if (std::strcmp(named.name, name) == 0) {
+    if (!PyArg_ParseTuple(args, "s|O", &name, &self)) return nullptr;
+    for (const auto& named : g_rows) {
+        if (std::strcmp(named.name, name) == 0)
             return make_method_object(&ProbeType, named.row, self == Py_None ? nullptr : self);
-        }
     }
-    PyErr_Format(PyExc_KeyError, "no row %s", name);
-    return nullptr;
+    return PyErr_Format(PyExc_KeyError, "no row %s", name);
 }
 
-// install(name: bytes, kind): stores a new descriptor on Target. Kinds: "field" (Probe's counter
-// row), "failed" (a creation that failed with RuntimeError pending).
+// install(name: bytes, kind): stores a new descriptor on Target. Kinds: "field" (Probe's counter row), any other
+// a creation that failed with RuntimeError pending.
 PyObject* probe_install(PyObject*, PyObject* args) {
-    const char* name;
-    const char* kind;
-    if (!PyArg_ParseTuple(args, "ys", &name, &kind)) {
-        return nullptr;
-    }
-    PyObject* descriptor;
+    const char *name, *kind;
+    if (!PyArg_ParseTuple(args, "ys", &name, &kind)) return nullptr;
+    PyObject* descriptor = nullptr;
     if (std::strcmp(kind, "field") == 0) {
         descriptor = make_field_descriptor(&TargetType, &g_fields[0]);
     } else {
         PyErr_SetString(PyExc_RuntimeError, "creation failed");
-        descriptor = nullptr;
     }
-    if (install_class_attribute(&TargetType, name, descriptor) < 0) {
-        return nullptr;
-    }
-    Py_RETURN_NONE;
+    return install_class_attribute(&TargetType, name, descriptor) < 0 ? nullptr : Py_NewRef(Py_None);
 }
 
 PyMethodDef g_functions[] = {
@@ -180,45 +142,24 @@ PyMethodDef g_functions[] = {
     {"reads", probe_reads, METH_NOARGS, nullptr},
     {"make_method", probe_make_method, METH_VARARGS, nullptr},
     {"install", probe_install, METH_VARARGS, nullptr},
-    {nullptr},
+    {nullptr, nullptr, 0, nullptr},
 };
 
 PyModuleDef g_module = {PyModuleDef_HEAD_INIT, "descriptor_probe", nullptr, -1, g_functions};
 
-int install_probe_members() {
-    for (PyGetSetDef& field : g_fields) {
-        if (install_class_attribute(&ProbeType, field.name, make_field_descriptor(&ProbeType, &field)) < 0) {
-            return -1;
-        }
-    }
-    if (install_class_attribute(&ProbeType, "m", make_mix_descriptor(&ProbeType, &g_static_m, &g_instance_m)) < 0 ||
-        install_class_attribute(&ProbeType, "k", make_mix_descriptor(&ProbeType, &g_static_k, &g_instance_k)) < 0) {
-        return -1;
-    }
-    return 0;
-}
+int install(const char* name, PyObject* descriptor) { return install_class_attribute(&ProbeType, name, descriptor); }
 
 }  // namespace
 
 PyMODINIT_FUNC PyInit_descriptor_probe() {
     std::memset(g_long_name, 'n', sizeof g_long_name - 1);
-    PyTypeObject* types[] = {&FieldDescrType, &MixMethodDescrType, &ProbeType, &TargetType};
-    for (PyTypeObject* type : types) {
-        if (PyType_Ready(type) < 0) {
-            return nullptr;
-        }
-    }
-    if (install_probe_members() < 0) {
+    for (PyTypeObject* type : {&FieldDescrType, &MixMethodDescrType, &ProbeType})
+        if (PyType_Ready(type) < 0) return nullptr;
+    for (PyGetSetDef& field : g_fields)
+        if (install(field.name, make_field_descriptor(&ProbeType, &field)) < 0) return nullptr;
+    if (install("m", make_mix_descriptor(&ProbeType, &g_static_m, &g_instance_m)) < 0 ||
+        install("k", make_mix_descriptor(&ProbeType, &g_static_k, &g_instance_k)) < 0) {
         return nullptr;
     }
-    PyObject* module = PyModule_Create(&g_module);
-    if (module == nullptr) {
-        return nullptr;
-    }
-    if (PyModule_AddObjectRef(module, "Probe", reinterpret_cast<PyObject*>(&ProbeType)) < 0 ||
-        PyModule_AddObjectRef(module, "Target", reinterpret_cast<PyObject*>(&TargetType)) < 0) {
-        Py_DECREF(module);
-        return nullptr;
-    }
-    return module;
+    return probe_module(g_module, {{"Probe", &ProbeType}, {"Target", &TargetType}});
 }

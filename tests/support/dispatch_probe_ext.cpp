@@ -1,10 +1,8 @@
-// Test-only module dispatch_probe: the overload dispatcher over three synthetic trials, counting runs.
-#include <Python.h>
-
+// Test module dispatch_probe: the overload dispatcher over three synthetic trials, counting runs.
 #include "bridge/overload_trials.h"
-#include "common/interned_names.h"
 #include "marshal/scalar_marshal.h"
 #include "marshal/string_marshal.h"
+#include "probe_binding.h"
 
 namespace {
 
@@ -13,36 +11,34 @@ long g_runs[3] = {};
 PyObject* by_text(PyObject*, PyObject* args, PyObject* kwargs, bool* parsed) {
     ++g_runs[0];
     StringArg text{-1, 0, nullptr};
-    static const char* const kw[] = {"text", nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "O&", const_cast<char**>(kw), convert_string, &text)) return nullptr;
-    *parsed = true;
-    return Py_BuildValue("(si)", "text", text.length);
+    static const char* kw[] = {"text", nullptr};
+    *parsed = PyArg_ParseTupleAndKeywords(args, kwargs, "O&", const_cast<char**>(kw), convert_string, &text);
+    return *parsed ? Py_BuildValue("(si)", "text", text.length) : nullptr;
 }
 
 PyObject* by_number(PyObject*, PyObject* args, PyObject* kwargs, bool* parsed) {
     ++g_runs[1];
     int32_t value = 0;
-    static const char* const kw[] = {"number", nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "O&", const_cast<char**>(kw), convert_int32, &value)) return nullptr;
-    *parsed = true;
-    return Py_BuildValue("(si)", "number", value);
+    static const char* kw[] = {"number", nullptr};
+    *parsed = PyArg_ParseTupleAndKeywords(args, kwargs, "O&", const_cast<char**>(kw), convert_int32, &value);
+    return *parsed ? Py_BuildValue("(si)", "number", value) : nullptr;
 }
 
 // Its call fails for a negative first number: a trial that parsed is final even when its call fails.
 PyObject* by_pair(PyObject*, PyObject* args, PyObject* kwargs, bool* parsed) {
     ++g_runs[2];
     int32_t a = 0, b = 0;
-    static const char* const kw[] = {"a", "b", nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "O&O&", const_cast<char**>(kw), convert_int32, &a, convert_int32, &b))
-        return nullptr;
-    *parsed = true;
-    if (a < 0) return PyErr_Format(PyExc_ArithmeticError, "negative %d", a);
-    return Py_BuildValue("(sii)", "pair", a, b);
+    static const char* kw[] = {"a", "b", nullptr};
+    *parsed = PyArg_ParseTupleAndKeywords(args, kwargs, "O&O&", const_cast<char**>(kw), convert_int32, &a,
+                                          convert_int32, &b);
+    if (!*parsed) return nullptr;
+    return a < 0 ? PyErr_Format(PyExc_ArithmeticError, "negative %d", a) : Py_BuildValue("(sii)", "pair", a, b);
 }
 
 const uint8_t kTextKinds[] = {kStrArgument};
 const OverloadTrial<PyObject*> kTrials[] = {{1, kTextKinds, by_text}, {1, nullptr, by_number}, {2, nullptr, by_pair}};
 
+// call(text) | call(number) | call(a, b), dispatched as an overloaded method
 PyObject* call(PyObject* self, PyObject* args, PyObject* kwargs) {
     return dispatch_trials(kTrials, 3, self, args, kwargs, static_cast<PyObject*>(nullptr));
 }
@@ -55,16 +51,10 @@ PyObject* runs(PyObject*, PyObject*) {
 }
 
 PyMethodDef g_methods[] = {
-    {"call", reinterpret_cast<PyCFunction>(reinterpret_cast<void*>(call)), METH_VARARGS | METH_KEYWORDS,
-     "call(text) | call(number) | call(a, b), dispatched as an overloaded method"},
-    {"runs", runs, METH_NOARGS, "runs of each trial since the last call of runs()"},
-    {nullptr, nullptr, 0, nullptr}};
+    PROBE_KW("call", call), {"runs", runs, METH_NOARGS, nullptr}, {nullptr, nullptr, 0, nullptr}};
 
 PyModuleDef g_module = {PyModuleDef_HEAD_INIT, "dispatch_probe", nullptr, -1, g_methods};
 
 }  // namespace
 
-PyMODINIT_FUNC PyInit_dispatch_probe() {
-    fill_interned_names();
-    return PyModule_Create(&g_module);
-}
+PyMODINIT_FUNC PyInit_dispatch_probe() { return probe_module(g_module); }

@@ -1,261 +1,174 @@
-// Test module failure_probe: exposes the failure family, the exception bridge, the dependency
-// import and the string record helpers that the bridge delivers texts through.
+// Test module failure_probe: the failure family, the exception bridge, the dependency import and the string record
+// helpers that the bridge delivers texts through.
+#include <cstdarg>
+#include <memory>
+
 #include "bridge/exception_bridge.h"
-#include "marshal/string_marshal.h"
 #include "common/dependency_import.h"
 #include "common/init_failures.h"
-#include "common/interned_names.h"
+#include "marshal/string_marshal.h"
+#include "probe_binding.h"
 
 namespace {
 
-using Keywords = char*[];
+void set_pending(PyObject* error) { PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(error)), error); }
 
-// Makes `pending` (an exception instance, or None) the pending exception before a raise.
-void set_pending(PyObject* pending) {
-    if (pending != nullptr && pending != Py_None) {
-        PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(pending)), pending);
-    }
+// Parses the positional arguments of a raising probe by `format`. Its one keyword, pending=, is an exception made
+// the pending one just before the raise. False when parsing failed.
+bool parse_raise(PyObject* args, PyObject* kwargs, const char* format, ...) {
+    PyObject* pending = kwargs != nullptr ? PyDict_GetItemString(kwargs, "pending") : nullptr;
+    if (kwargs != nullptr && PyDict_GET_SIZE(kwargs) != (pending != nullptr ? 1 : 0)) return PyErr_BadArgument();
+    va_list values;
+    va_start(values, format);
+    const bool parsed = PyArg_VaParse(args, format, values) != 0;
+    va_end(values);
+    if (parsed && pending != nullptr && pending != Py_None) set_pending(pending);
+    return parsed;
 }
 
 PyObject* probe_load_failure(PyObject*, PyObject* args, PyObject* kwargs) {
     const char* module;
     int code;
-    PyObject* pending = nullptr;
-    static Keywords names = {(char*)"module", (char*)"code", (char*)"pending", nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "si|$O", names, &module, &code, &pending)) {
-        return nullptr;
-    }
-    set_pending(pending);
-    raise_load_failure(module, code);
+    if (parse_raise(args, kwargs, "si", &module, &code)) raise_load_failure(module, code);
     return nullptr;
 }
 
-// Module and type members take one or two names; `second` selects the two-name form.
+// Module and type failures take one or two names.
 template <void (*One)(int, const char*), void (*Two)(int, const char*, const char*)>
 PyObject* probe_named_failure(PyObject*, PyObject* args, PyObject* kwargs) {
     int code;
-    const char* first;
-    const char* second = nullptr;
-    PyObject* pending = nullptr;
-    static Keywords names = {(char*)"code", (char*)"name", (char*)"second", (char*)"pending", nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "is|z$O", names, &code, &first, &second, &pending)) {
-        return nullptr;
-    }
-    set_pending(pending);
-    if (second != nullptr) {
-        Two(code, first, second);
-    } else {
-        One(code, first);
-    }
+    const char *first, *second = nullptr;
+    if (!parse_raise(args, kwargs, "is|z", &code, &first, &second)) return nullptr;
+    second != nullptr ? Two(code, first, second) : One(code, first);
     return nullptr;
 }
 
 template <void (*Raise)(const char*)>
 PyObject* probe_module_named_failure(PyObject*, PyObject* args, PyObject* kwargs) {
     const char* module;
-    PyObject* pending = nullptr;
-    static Keywords names = {(char*)"module", (char*)"pending", nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "s|$O", names, &module, &pending)) {
-        return nullptr;
-    }
-    set_pending(pending);
-    Raise(module);
+    if (parse_raise(args, kwargs, "s", &module)) Raise(module);
     return nullptr;
 }
 
 PyObject* probe_attribute_failure(PyObject*, PyObject* args, PyObject* kwargs) {
     PyObject* attribute;
     const char* module;
-    PyObject* pending = nullptr;
-    static Keywords names = {(char*)"attribute", (char*)"module", (char*)"pending", nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "Us|$O", names, &attribute, &module, &pending)) {
-        return nullptr;
-    }
-    set_pending(pending);
-    raise_attribute_failure(attribute, module);
+    if (parse_raise(args, kwargs, "Us", &attribute, &module)) raise_attribute_failure(attribute, module);
     return nullptr;
 }
 
 PyObject* probe_enum_failure(PyObject*, PyObject* args, PyObject* kwargs) {
-    const char* message;
-    const char* enum_name;
-    PyObject* pending = nullptr;
-    static Keywords names = {(char*)"message", (char*)"enum_name", (char*)"pending", nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "ss|$O", names, &message, &enum_name, &pending)) {
-        return nullptr;
-    }
-    set_pending(pending);
-    raise_enum_failure(message, enum_name);
+    const char *message, *enum_name;
+    if (parse_raise(args, kwargs, "ss", &message, &enum_name)) raise_enum_failure(message, enum_name);
     return nullptr;
 }
 
 PyObject* probe_chain_and_raise(PyObject*, PyObject* args, PyObject* kwargs) {
     PyObject* type;
     const char* text;
-    PyObject* pending = nullptr;
-    static Keywords names = {(char*)"type", (char*)"text", (char*)"pending", nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "Os|$O", names, &type, &text, &pending)) {
-        return nullptr;
-    }
-    set_pending(pending);
-    chain_and_raise(type, "%s", text);
+    if (parse_raise(args, kwargs, "Os", &type, &text)) chain_and_raise(type, "%s", text);
     return nullptr;
 }
 
 // None stands for a null argument; the callee steals what it is given.
-PyObject* new_or_null(PyObject* object) {
-    if (object == Py_None) {
-        return nullptr;
-    }
-    Py_INCREF(object);
-    return object;
-}
+PyObject* new_or_null(PyObject* object) { return object == Py_None ? nullptr : Py_NewRef(object); }
 
 PyObject* probe_proxy_error(PyObject*, PyObject* args, PyObject* kwargs) {
-    PyObject* type_name;
-    PyObject* message;
-    PyObject* pending = nullptr;
-    static Keywords names = {(char*)"type_name", (char*)"message", (char*)"pending", nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "OO|$O", names, &type_name, &message, &pending)) {
-        return nullptr;
+    PyObject *type_name, *message;
+    if (parse_raise(args, kwargs, "OO", &type_name, &message)) {
+        raise_proxy_error(new_or_null(type_name), new_or_null(message));
     }
-    set_pending(pending);
-    raise_proxy_error(new_or_null(type_name), new_or_null(message));
     return nullptr;
 }
 
-// Makes an exception pending by `action` (an exception instance is set without a traceback, a
-// callable is called and may raise, None leaves nothing pending), then runs the bridge.
-// Returns (code, text, length, kind, data_is_text_storage); untouched outputs read None, -7, -7.
+// catch_and_clear_error(action) -> (code, text, length, kind, data_is_text_storage), after `action` made an exception
+// pending: an exception is set without a traceback, a callable is called, None sets nothing. Untouched outputs read
+// None, -7, -7.
 PyObject* probe_catch_and_clear(PyObject*, PyObject* action) {
     if (PyExceptionInstance_Check(action)) {
         set_pending(action);
     } else if (action != Py_None) {
-        PyObject* result = PyObject_CallNoArgs(action);
-        Py_XDECREF(result);
+        Py_XDECREF(PyObject_CallNoArgs(action));
     }
     PyObject* text = nullptr;
     StringArg view = {-7, -7, nullptr};
     const int32_t code = catch_and_clear_error(&text, &view);
     if (PyErr_Occurred()) {
         Py_XDECREF(text);
-        PyErr_SetString(PyExc_AssertionError, "catch_and_clear_error left an exception pending");
-        return nullptr;
+        return PyErr_Format(PyExc_AssertionError, "catch_and_clear_error left an exception pending");
     }
     const bool same_storage = text != nullptr && view.data == PyUnicode_DATA(text);
-    PyObject* text_item = text != nullptr ? text : Py_NewRef(Py_None);
-    return Py_BuildValue("(iNiiO)", code, text_item, view.length, view.kind, same_storage ? Py_True : Py_False);
+    return Py_BuildValue("(iNiiO)", code, text != nullptr ? text : Py_NewRef(Py_None), view.length, view.kind,
+                         same_storage ? Py_True : Py_False);
 }
 
 PyObject* probe_versioned_dependency(PyObject*, PyObject* args) {
-    const char* module_name;
-    const char* dependency_name;
+    const char *module, *dependency;
     VersionNumbers reference;
-    if (!PyArg_ParseTuple(args, "ss(iiii):import_versioned_dependency", &module_name, &dependency_name,
-                          &reference.major, &reference.minor, &reference.patch, &reference.sub)) {
+    if (!PyArg_ParseTuple(args, "ss(iiii)", &module, &dependency, &reference.major, &reference.minor,
+                          &reference.patch, &reference.sub)) {
         return nullptr;
     }
-    return import_versioned_dependency(module_name, dependency_name, reference);
+    return import_versioned_dependency(module, dependency, reference);
 }
 
 PyObject* probe_import_attribute(PyObject*, PyObject* args) {
-    const char* module_name;
+    const char* module;
     PyObject* attribute;
-    if (!PyArg_ParseTuple(args, "sU:import_attribute", &module_name, &attribute)) {
-        return nullptr;
-    }
+    if (!PyArg_ParseTuple(args, "sU", &module, &attribute)) return nullptr;
     Py_INCREF(attribute);
     PyUnicode_InternInPlace(&attribute);
-    PyObject* value = import_attribute(module_name, attribute);
+    PyObject* value = import_attribute(module, attribute);
     Py_DECREF(attribute);
     return value;
 }
 
-// Builders take UTF-16LE bytes, as the managed side hands them over.
-bool units_of(PyObject* args, const char* format, Py_buffer* buffer) {
-    if (!PyArg_ParseTuple(args, format, buffer)) {
-        return false;
-    }
-    if (buffer->len % 2 != 0) {
-        PyBuffer_Release(buffer);
-        PyErr_SetString(PyExc_ValueError, "UTF-16 input needs an even number of bytes");
-        return false;
-    }
-    return true;
+// The builders take UTF-16LE bytes, as the managed side hands them over. A null result without an error reads None.
+template <PyObject* (*Build)(const char* data, int32_t size)>
+PyObject* probe_build(PyObject*, PyObject* args) {
+    Py_buffer input;
+    if (!PyArg_ParseTuple(args, "y*", &input)) return nullptr;
+    PyObject* made = Build(static_cast<const char*>(input.buf), static_cast<int32_t>(input.len));
+    PyBuffer_Release(&input);
+    return made != nullptr || PyErr_Occurred() ? made : Py_NewRef(Py_None);
 }
 
-template <PyObject* (*Build)(const char16_t*, int32_t)>
-PyObject* probe_build_string(PyObject*, PyObject* args) {
-    Py_buffer buffer;
-    if (!units_of(args, "y*", &buffer)) {
-        return nullptr;
-    }
-    PyObject* text = Build(static_cast<const char16_t*>(buffer.buf), static_cast<int32_t>(buffer.len / 2));
-    PyBuffer_Release(&buffer);
-    if (text == nullptr && !PyErr_Occurred()) {
-        Py_RETURN_NONE;
-    }
-    return text;
+const char16_t* units(const char* data) { return reinterpret_cast<const char16_t*>(data); }
+PyObject* string_of(const char* data, int32_t size) { return build_py_string(units(data), size / 2); }
+PyObject* quiet_string_of(const char* data, int32_t size) { return build_py_string_quiet(units(data), size / 2); }
+PyObject* bytes_of(const char* data, int32_t size) {
+    return build_py_bytes(reinterpret_cast<const uint8_t*>(data), size);
 }
 
-// Returns the copied units as bytes, so the copy can be told from the input.
-PyObject* probe_build_u16(PyObject*, PyObject* args) {
-    Py_buffer buffer;
-    if (!units_of(args, "y*", &buffer)) {
-        return nullptr;
-    }
-    std::u16string* text =
-        build_u16_string(static_cast<const char16_t*>(buffer.buf), static_cast<int32_t>(buffer.len / 2));
-    PyBuffer_Release(&buffer);
-    if (text == nullptr) {
-        return PyErr_NoMemory();
-    }
-    PyObject* bytes = PyBytes_FromStringAndSize(reinterpret_cast<const char*>(text->data()),
-                                                static_cast<Py_ssize_t>(text->size() * 2));
-    delete text;
-    return bytes;
+// The copied units as bytes, so that the copy can be told from the input.
+PyObject* u16_of(const char* data, int32_t size) {
+    std::unique_ptr<std::u16string> text(build_u16_string(units(data), size / 2));
+    if (text == nullptr) return PyErr_NoMemory();
+    return PyBytes_FromStringAndSize(reinterpret_cast<const char*>(text->data()), text->size() * 2);
 }
-
-PyObject* probe_build_bytes(PyObject*, PyObject* args) {
-    Py_buffer buffer;
-    if (!PyArg_ParseTuple(args, "y*:build_py_bytes", &buffer)) {
-        return nullptr;
-    }
-    PyObject* result = build_py_bytes(static_cast<const uint8_t*>(buffer.buf), static_cast<int32_t>(buffer.len));
-    PyBuffer_Release(&buffer);
-    return result;
-}
-
-#define KW_METHOD(name, function) {name, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(function)), \
-                                   METH_VARARGS | METH_KEYWORDS, nullptr}
 
 PyMethodDef probe_methods[] = {
-    KW_METHOD("raise_load_failure", probe_load_failure),
-    KW_METHOD("raise_module_failure", (probe_named_failure<raise_module_failure, raise_module_failure>)),
-    KW_METHOD("raise_type_failure", (probe_named_failure<raise_type_failure, raise_type_failure>)),
-    KW_METHOD("raise_dependency_failure", probe_module_named_failure<raise_dependency_failure>),
-    KW_METHOD("raise_import_failure", probe_module_named_failure<raise_import_failure>),
-    KW_METHOD("raise_attribute_failure", probe_attribute_failure),
-    KW_METHOD("raise_enum_failure", probe_enum_failure),
-    KW_METHOD("chain_and_raise", probe_chain_and_raise),
-    KW_METHOD("raise_proxy_error", probe_proxy_error),
+    PROBE_KW("raise_load_failure", probe_load_failure),
+    PROBE_KW("raise_module_failure", (probe_named_failure<raise_module_failure, raise_module_failure>)),
+    PROBE_KW("raise_type_failure", (probe_named_failure<raise_type_failure, raise_type_failure>)),
+    PROBE_KW("raise_dependency_failure", probe_module_named_failure<raise_dependency_failure>),
+    PROBE_KW("raise_import_failure", probe_module_named_failure<raise_import_failure>),
+    PROBE_KW("raise_attribute_failure", probe_attribute_failure),
+    PROBE_KW("raise_enum_failure", probe_enum_failure),
+    PROBE_KW("chain_and_raise", probe_chain_and_raise),
+    PROBE_KW("raise_proxy_error", probe_proxy_error),
     {"catch_and_clear_error", probe_catch_and_clear, METH_O, nullptr},
     {"import_versioned_dependency", probe_versioned_dependency, METH_VARARGS, nullptr},
     {"import_attribute", probe_import_attribute, METH_VARARGS, nullptr},
-    {"build_py_string", probe_build_string<build_py_string>, METH_VARARGS, nullptr},
-    {"build_py_string_quiet", probe_build_string<build_py_string_quiet>, METH_VARARGS, nullptr},
-    {"build_u16_string", probe_build_u16, METH_VARARGS, nullptr},
-    {"build_py_bytes", probe_build_bytes, METH_VARARGS, nullptr},
+    {"build_py_string", probe_build<string_of>, METH_VARARGS, nullptr},
+    {"build_py_string_quiet", probe_build<quiet_string_of>, METH_VARARGS, nullptr},
+    {"build_u16_string", probe_build<u16_of>, METH_VARARGS, nullptr},
+    {"build_py_bytes", probe_build<bytes_of>, METH_VARARGS, nullptr},
     {nullptr, nullptr, 0, nullptr},
 };
-
-#undef KW_METHOD
 
 PyModuleDef probe_definition = {PyModuleDef_HEAD_INIT, "failure_probe", nullptr, -1, probe_methods};
 
 }  // namespace
 
-PyMODINIT_FUNC PyInit_failure_probe() {
-    fill_interned_names();
-    return PyModule_Create(&probe_definition);
-}
+PyMODINIT_FUNC PyInit_failure_probe() { return probe_module(probe_definition); }

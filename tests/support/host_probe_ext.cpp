@@ -1,63 +1,53 @@
-// Test-only module host_probe: joins the runtime that orvane.pyfigura started, as a sister module
-// would, and calls test entries of the probe assembly through the same binding path.
-#include <Python.h>
-
-#include "host/core/host_runtime.h"
-#include "host/entry_tables.h"
+// Test module host_probe: joins the runtime that orvane.pyfigura started, as a sister module would, and calls test
+// entries of the probe assembly through the same binding path.
 #include "marshal/string_marshal.h"
 #include "probe_binding.h"
 
 namespace {
 
-constexpr const char* kProbeClass = "Orvane.PyFigura.Probe.DrawingProbe";
-
-struct ProbeEntries {
+struct {
     int32_t (*DrawSample)(StringArg*, StringArg*);
     void (*Fail)(StringArg*);
     PyObject* (*Echo)(StringArg*, int32_t*);
     int64_t (*LiveHandles)();
     bool bound;
-};
+} g_entries{};
 
-ProbeEntries g_entries{};
-
-// Joins the host (the loader library is already in the process) and binds the probe entries.
 bool bind_probe() {
-    const ProbeBinding bindings[] = {{"DrawSample", probe_slot(g_entries.DrawSample)},
-                                     {"Fail", probe_slot(g_entries.Fail)},
-                                     {"Echo", probe_slot(g_entries.Echo)},
-                                     {"LiveHandles", probe_slot(g_entries.LiveHandles)}};
-    return bind_probe_entries(kProbeClass, bindings, sizeof bindings / sizeof bindings[0], g_entries.bound);
+    const ProbeBinding bindings[] = {PROBE_ENTRY(g_entries, DrawSample), PROBE_ENTRY(g_entries, Fail),
+                                     PROBE_ENTRY(g_entries, Echo), PROBE_ENTRY(g_entries, LiveHandles)};
+    return bind_probe_entries("Orvane.PyFigura.Probe.DrawingProbe", bindings, g_entries.bound);
 }
 
+// Parses the str arguments of `format` ("O&" each, None allowed) into `texts`, then binds the probe.
+bool parse_texts(PyObject* args, const char* format, StringArg (&texts)[2]) {
+    reset_string_arg(&texts[0]);
+    reset_string_arg(&texts[1]);
+    return PyArg_ParseTuple(args, format, convert_string, &texts[0], convert_string, &texts[1]) && bind_probe();
+}
+
+// draw_sample(path, text) -> ARGB of pixel (0, 0) of the drawing saved at `path`.
 PyObject* draw_sample(PyObject*, PyObject* args) {
-    StringArg path, text;
-    reset_string_arg(&path);
-    reset_string_arg(&text);
-    if (!PyArg_ParseTuple(args, "O&O&", convert_string, &path, convert_string, &text)) return nullptr;
-    if (!bind_probe()) return nullptr;
-    int32_t argb = g_entries.DrawSample(&path, &text);
-    if (PyErr_Occurred()) return nullptr;
-    return PyLong_FromLong(argb);
+    StringArg texts[2];
+    if (!parse_texts(args, "O&O&:draw_sample", texts)) return nullptr;
+    const int32_t argb = g_entries.DrawSample(&texts[0], &texts[1]);
+    return PyErr_Occurred() ? nullptr : PyLong_FromLong(argb);
 }
 
+// fail(message): raises the proxy error of a managed exception with that message.
 PyObject* fail(PyObject*, PyObject* args) {
-    StringArg message;
-    reset_string_arg(&message);
-    if (!PyArg_ParseTuple(args, "O&", convert_string, &message)) return nullptr;
-    if (!bind_probe()) return nullptr;
-    g_entries.Fail(&message);
-    if (PyErr_Occurred()) return nullptr;
-    Py_RETURN_NONE;
+    StringArg texts[2];
+    if (!parse_texts(args, "O&:fail", texts)) return nullptr;
+    g_entries.Fail(&texts[0]);
+    return PyErr_Occurred() ? nullptr : Py_NewRef(Py_None);
 }
 
+// echo(text) -> (the text back from managed code, its UTF-16 length)
 PyObject* echo(PyObject*, PyObject* args) {
-    StringArg text;
-    reset_string_arg(&text);
-    if (!PyArg_ParseTuple(args, "O&", convert_string, &text)) return nullptr;
-    if (!bind_probe()) return nullptr;
+    StringArg texts[2];
+    if (!parse_texts(args, "O&:echo", texts)) return nullptr;
     int32_t units = 0;
-    PyObject* result = g_entries.Echo(&text, &units);
+    PyObject* result = g_entries.Echo(&texts[0], &units);
     if (PyErr_Occurred()) {
         Py_XDECREF(result);
         return nullptr;
@@ -66,10 +56,10 @@ PyObject* echo(PyObject*, PyObject* args) {
 }
 
 PyObject* live_handles(PyObject*, PyObject*) {
-    if (!bind_probe()) return nullptr;
-    return PyLong_FromLongLong(g_entries.LiveHandles());
+    return bind_probe() ? PyLong_FromLongLong(g_entries.LiveHandles()) : nullptr;
 }
 
+// runtime_state() -> this module's view of the shared host
 PyObject* runtime_state(PyObject*, PyObject*) {
     if (!bind_probe()) return nullptr;
     host::HostRuntime& rt = host::host_runtime_instance();
@@ -79,17 +69,15 @@ PyObject* runtime_state(PyObject*, PyObject*) {
                          rt.domain_initialized ? Py_True : Py_False);
 }
 
-PyMethodDef g_methods[] = {
-    {"draw_sample", draw_sample, METH_VARARGS, "draw_sample(path, text) -> ARGB of pixel (0, 0)"},
-    {"fail", fail, METH_VARARGS, "fail(message): a managed exception with that message"},
-    {"echo", echo, METH_VARARGS, "echo(text) -> (text back from managed code, UTF-16 length)"},
-    {"live_handles", live_handles, METH_NOARGS, "number of live instance handles"},
-    {"runtime_state", runtime_state, METH_NOARGS, "this module's view of the shared host"},
-    {nullptr, nullptr, 0, nullptr}};
+PyMethodDef g_methods[] = {{"draw_sample", draw_sample, METH_VARARGS, nullptr},
+                           {"fail", fail, METH_VARARGS, nullptr},
+                           {"echo", echo, METH_VARARGS, nullptr},
+                           {"live_handles", live_handles, METH_NOARGS, nullptr},
+                           {"runtime_state", runtime_state, METH_NOARGS, nullptr},
+                           {nullptr, nullptr, 0, nullptr}};
 
-PyModuleDef g_module = {PyModuleDef_HEAD_INIT, "host_probe", nullptr, -1, g_methods,
-                        nullptr, nullptr, nullptr, nullptr};
+PyModuleDef g_module = {PyModuleDef_HEAD_INIT, "host_probe", nullptr, -1, g_methods};
 
 }  // namespace
 
-PyMODINIT_FUNC PyInit_host_probe() { return PyModule_Create(&g_module); }
+PyMODINIT_FUNC PyInit_host_probe() { return probe_module(g_module); }

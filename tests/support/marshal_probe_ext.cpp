@@ -1,27 +1,24 @@
 // Test module marshal_probe: the scalar, decimal, Guid and byte-array converters, and their callback rows.
 #define PY_SSIZE_T_CLEAN
 #include <Python.h>
-#include <cstring>
 #include <structmember.h>
 
-#include "module/callback_tables.h"
+#include <cstring>
+
 #include "marshal/buffer_marshal.h"
 #include "marshal/decimal_marshal.h"
 #include "marshal/guid_marshal.h"
 #include "marshal/scalar_marshal.h"
-#include "common/interned_names.h"
+#include "module/callback_tables.h"
+#include "probe_binding.h"
 
 namespace {
-
-using Keywords = char*[];
 
 // Function `index` of callback group `group`, read from the table the managed side is given.
 template <typename Fn>
 Fn row(int group, int index) {
     return reinterpret_cast<Fn>(static_cast<void* const*>(py_static_callbacks()[group])[index]);
 }
-
-// --- converters ---------------------------------------------------------------------------------
 
 union ConvertedValue {
     uint8_t byte;
@@ -67,17 +64,11 @@ PyObject* probe_convert(PyObject*, PyObject* args) {
     return nullptr;
 }
 
-// --- scalar readers, through the values-in rows ---------------------------------------------------
-
+// Scalar readers, through the values-in rows.
 // read_truth(object) -> (byte, pending exception or None)
 PyObject* probe_read_truth(PyObject*, PyObject* object) {
     const uint8_t truth = row<uint8_t (*)(PyObject*)>(kGroupValuesIn, 1)(object);
-    PyObject *type, *value, *traceback;
-    PyErr_Fetch(&type, &value, &traceback);
-    PyErr_NormalizeException(&type, &value, &traceback);
-    Py_XDECREF(type);
-    Py_XDECREF(traceback);
-    return Py_BuildValue("(iN)", truth, value != nullptr ? value : Py_NewRef(Py_None));
+    return Py_BuildValue("(iN)", truth, take_error());
 }
 
 // read_integer(object) -> (code, value)
@@ -92,8 +83,8 @@ PyObject* probe_read_integer(PyObject*, PyObject* object) {
 // read_float(object) -> value
 PyObject* probe_read_float(PyObject*, PyObject* object) {
     double value = 0.0;
-    if (!row<int32_t (*)(PyObject*, double*)>(kGroupValuesIn, 3)(object, &value)) return nullptr;
-    return PyFloat_FromDouble(value);
+    const int32_t ok = row<int32_t (*)(PyObject*, double*)>(kGroupValuesIn, 3)(object, &value);
+    return ok ? PyFloat_FromDouble(value) : nullptr;
 }
 
 // read_char_string(object) -> (count, owner bytes, offset of the data word into the owner)
@@ -106,19 +97,15 @@ PyObject* probe_read_char_string(PyObject*, PyObject* object) {
     return Py_BuildValue("(iNn)", count, owner, offset);
 }
 
-// --- decimal and Guid, through the values-in and values-out rows ----------------------------------
-
-PyObject* decimal_words(int result, const ManagedDecimal& value) {
-    if (!result || PyErr_Occurred()) return nullptr;  // as a wrapper checks after its call
-    return Py_BuildValue("(kkkk)", static_cast<unsigned long>(value.low), static_cast<unsigned long>(value.mid),
-                         static_cast<unsigned long>(value.high), static_cast<unsigned long>(value.flags));
-}
-
+// Decimal and Guid, through the values-in and values-out rows.
 // decimal_in(object) / decimal_in_tuple(tuple) -> (low, mid, high, flags)
 template <int Row>
 PyObject* probe_decimal_in(PyObject*, PyObject* object) {
     ManagedDecimal value{0xDEADBEEFu, 0xDEADBEEFu, 0xDEADBEEFu, 0xDEADBEEFu};
-    return decimal_words(row<int (*)(PyObject*, ManagedDecimal*)>(kGroupValuesIn, Row)(object, &value), value);
+    const int result = row<int (*)(PyObject*, ManagedDecimal*)>(kGroupValuesIn, Row)(object, &value);
+    if (!result || PyErr_Occurred()) return nullptr;  // as a wrapper checks after its call
+    return Py_BuildValue("(kkkk)", static_cast<unsigned long>(value.low), static_cast<unsigned long>(value.mid),
+                         static_cast<unsigned long>(value.high), static_cast<unsigned long>(value.flags));
 }
 
 // decimal_out(low, mid, high, flags) -> Decimal
@@ -134,8 +121,7 @@ PyObject* probe_guid_in_quiet(PyObject*, PyObject* object) {
     uint8_t bytes[kGuidSize];
     std::memset(bytes, 0xAB, sizeof bytes);
     row<void (*)(PyObject*, uint8_t*)>(kGroupValuesIn, 10)(object, bytes);
-    if (PyErr_Occurred()) return nullptr;
-    return PyBytes_FromStringAndSize(reinterpret_cast<const char*>(bytes), kGuidSize);
+    return PyErr_Occurred() ? nullptr : PyBytes_FromStringAndSize(reinterpret_cast<const char*>(bytes), kGuidSize);
 }
 
 // guid_out(16 bytes) -> UUID
@@ -143,61 +129,42 @@ PyObject* probe_guid_out(PyObject*, PyObject* args) {
     const char* bytes;
     Py_ssize_t size;
     if (!PyArg_ParseTuple(args, "y#:guid_out", &bytes, &size)) return nullptr;
-    if (size != kGuidSize) {
-        PyErr_SetString(PyExc_ValueError, "16 bytes expected");
-        return nullptr;
-    }
+    if (size != kGuidSize) return PyErr_Format(PyExc_ValueError, "16 bytes expected");
     return row<PyObject* (*)(const uint8_t*)>(kGroupValuesOut, 11)(reinterpret_cast<const uint8_t*>(bytes));
 }
 
-// --- byte arrays ------------------------------------------------------------------------------------
-
 // The report of one lease: (result, acquired, length, content or None, exception or None).
 PyObject* lease_report(int result, const BufferArg& arg, bool read) {
-    PyObject* error = Py_NewRef(Py_None);
-    if (!result) {
-        Py_DECREF(error);
-        PyObject *type, *traceback;
-        PyErr_Fetch(&type, &error, &traceback);
-        PyErr_NormalizeException(&type, &error, &traceback);
-        Py_XDECREF(type);
-        Py_XDECREF(traceback);
-    }
+    PyObject* error = take_error();
     PyObject* content = result && read && arg.length >= 0
                             ? PyBytes_FromStringAndSize(static_cast<const char*>(arg.data), arg.length)
                             : Py_NewRef(Py_None);
     return Py_BuildValue("(iiiNN)", result, arg.acquired, arg.length, content, error);
 }
 
-// Runs `during` while the buffer is held and writes `write` through the data pointer. False when
-// `during` raised.
-bool use_lease(const BufferArg& arg, PyObject* during, const char* write, Py_ssize_t write_size) {
-    if (write != nullptr && arg.length >= write_size) std::memcpy(arg.data, write, write_size);
-    if (during == nullptr || during == Py_None) return true;
-    PyObject* outcome = PyObject_CallNoArgs(during);
-    Py_XDECREF(outcome);
-    return outcome != nullptr;
-}
-
 // lease_byte_array(object, during=None, *, element=False, read=True, write=None) -> report
 PyObject* probe_lease_byte_array(PyObject*, PyObject* args, PyObject* kwargs) {
     PyObject* object;
     PyObject* during = nullptr;
-    int element = 0;
-    int read = 1;
+    int element = 0, read = 1;
     const char* write = nullptr;
     Py_ssize_t write_size = 0;
-    static Keywords names = {(char*)"object", (char*)"during", (char*)"element", (char*)"read", (char*)"write",
-                             nullptr};
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "O|O$ppz#", names, &object, &during, &element, &read, &write,
-                                     &write_size)) {
+    static const char* names[] = {"object", "during", "element", "read", "write", nullptr};
+    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "O|O$ppz#", const_cast<char**>(names), &object, &during, &element,
+                                     &read, &write, &write_size)) {
         return nullptr;
     }
     BufferLeaseGuard guard;
+    const BufferArg& arg = *guard.arg();
     const int result = element ? convert_byte_array_element(object, &guard.lease()->view, guard.arg())
                                : convert_byte_array(object, guard.lease());
-    if (result && !use_lease(*guard.arg(), during, write, write_size)) return nullptr;
-    return lease_report(result, *guard.arg(), read != 0);
+    if (result && write != nullptr && arg.length >= write_size) std::memcpy(arg.data, write, write_size);
+    if (result && during != nullptr && during != Py_None) {  // runs while the buffer is held
+        PyObject* outcome = PyObject_CallNoArgs(during);
+        if (outcome == nullptr) return nullptr;
+        Py_DECREF(outcome);
+    }
+    return lease_report(result, arg, read != 0);
 }
 
 // buffer_group(object) -> (record size, record zeroed, then the lease report), all through the buffers rows
@@ -216,19 +183,15 @@ PyObject* probe_buffer_group(PyObject*, PyObject* object) {
     return report == nullptr ? nullptr : Py_BuildValue("(iON)", size, zeroed ? Py_True : Py_False, report);
 }
 
-// --- Exporter: a buffer exporter that hands out whatever view it is told to, and counts exports ----
-
+// Exporter(length, stride=1): a buffer exporter that hands out whatever view it is told to, and counts exports.
 struct ExporterObject {
     PyObject_HEAD
-    Py_ssize_t length;
-    Py_ssize_t stride;
-    Py_ssize_t exports;
+    Py_ssize_t length, stride, exports;
     char storage[64];
 };
 
 PyObject* exporter_new(PyTypeObject* type, PyObject* args, PyObject*) {
-    Py_ssize_t length;
-    Py_ssize_t stride = 1;
+    Py_ssize_t length, stride = 1;
     if (!PyArg_ParseTuple(args, "n|n:Exporter", &length, &stride)) return nullptr;
     ExporterObject* self = reinterpret_cast<ExporterObject*>(type->tp_alloc(type, 0));
     if (self != nullptr) {
@@ -240,17 +203,8 @@ PyObject* exporter_new(PyTypeObject* type, PyObject* args, PyObject*) {
 
 int exporter_getbuffer(PyObject* object, Py_buffer* view, int) {
     ExporterObject* self = reinterpret_cast<ExporterObject*>(object);
-    view->obj = Py_NewRef(object);
-    view->buf = self->storage;
-    view->len = self->length;
-    view->readonly = 1;
-    view->itemsize = 1;
-    view->format = nullptr;
-    view->ndim = 1;
-    view->shape = &self->length;
-    view->strides = &self->stride;
-    view->suboffsets = nullptr;
-    view->internal = nullptr;
+    // buf, obj, len, itemsize, readonly, ndim, format, shape, strides, suboffsets, internal
+    *view = {self->storage, Py_NewRef(object), self->length, 1, 1, 1, nullptr, &self->length, &self->stride};
     ++self->exports;
     return 0;
 }
@@ -275,9 +229,6 @@ PyTypeObject exporter_type = [] {
     return type;
 }();
 
-#define KW_METHOD(name, function) \
-    {name, reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(function)), METH_VARARGS | METH_KEYWORDS, nullptr}
-
 PyMethodDef probe_methods[] = {
     {"convert", probe_convert, METH_VARARGS, nullptr},
     {"read_truth", probe_read_truth, METH_O, nullptr},
@@ -289,25 +240,13 @@ PyMethodDef probe_methods[] = {
     {"decimal_out", probe_decimal_out, METH_VARARGS, nullptr},
     {"guid_in_quiet", probe_guid_in_quiet, METH_O, nullptr},
     {"guid_out", probe_guid_out, METH_VARARGS, nullptr},
-    KW_METHOD("lease_byte_array", probe_lease_byte_array),
+    PROBE_KW("lease_byte_array", probe_lease_byte_array),
     {"buffer_group", probe_buffer_group, METH_O, nullptr},
     {nullptr, nullptr, 0, nullptr},
 };
-
-#undef KW_METHOD
 
 PyModuleDef probe_definition = {PyModuleDef_HEAD_INIT, "marshal_probe", nullptr, -1, probe_methods};
 
 }  // namespace
 
-PyMODINIT_FUNC PyInit_marshal_probe() {
-    fill_interned_names();
-    if (PyType_Ready(&exporter_type) < 0) return nullptr;
-    PyObject* module = PyModule_Create(&probe_definition);
-    if (module == nullptr) return nullptr;
-    if (PyModule_AddObjectRef(module, "Exporter", reinterpret_cast<PyObject*>(&exporter_type)) < 0) {
-        Py_DECREF(module);
-        return nullptr;
-    }
-    return module;
-}
+PyMODINIT_FUNC PyInit_marshal_probe() { return probe_module(probe_definition, {{"Exporter", &exporter_type}}); }

@@ -1,17 +1,18 @@
 // Test module version_probe: makes version objects with any numbers, for fake sister modules.
 #include "common/version_object.h"
+#include "probe_binding.h"
 
 namespace {
 
+// make(major, minor, patch, sub, text) -> version object
 PyObject* probe_make(PyObject*, PyObject* args) {
     int major, minor, patch, sub;
     const char* text;
-    if (!PyArg_ParseTuple(args, "iiiis:make", &major, &minor, &patch, &sub, &text)) {
-        return nullptr;
-    }
+    if (!PyArg_ParseTuple(args, "iiiis:make", &major, &minor, &patch, &sub, &text)) return nullptr;
     return make_version_object(major, minor, patch, sub, text);
 }
 
+// compare((major, minor, patch, sub), version) -> -1, 0 or 1
 PyObject* probe_compare(PyObject*, PyObject* args) {
     VersionNumbers numbers;
     PyObject* version;
@@ -23,8 +24,8 @@ PyObject* probe_compare(PyObject*, PyObject* args) {
 }
 
 PyMethodDef probe_methods[] = {
-    {"make", probe_make, METH_VARARGS, "make(major, minor, patch, sub, text) -> version object"},
-    {"compare", probe_compare, METH_VARARGS, "compare((major, minor, patch, sub), version) -> -1, 0 or 1"},
+    {"make", probe_make, METH_VARARGS, nullptr},
+    {"compare", probe_compare, METH_VARARGS, nullptr},
     {nullptr, nullptr, 0, nullptr},
 };
 
@@ -33,18 +34,5 @@ PyModuleDef probe_definition = {PyModuleDef_HEAD_INIT, "version_probe", nullptr,
 }  // namespace
 
 PyMODINIT_FUNC PyInit_version_probe() {
-    if (PyType_Ready(&ModuleVersionType) < 0) {
-        return nullptr;
-    }
-    PyObject* module = PyModule_Create(&probe_definition);
-    if (module == nullptr) {
-        return nullptr;
-    }
-    Py_INCREF(&ModuleVersionType);
-    if (PyModule_AddObject(module, "_ModuleVersionType", reinterpret_cast<PyObject*>(&ModuleVersionType)) < 0) {
-        Py_DECREF(&ModuleVersionType);
-        Py_DECREF(module);
-        return nullptr;
-    }
-    return module;
+    return probe_module(probe_definition, {{"_ModuleVersionType", &ModuleVersionType}});
 }

@@ -1,5 +1,5 @@
-// Test entries that hand out managed collections, enumerables and disposables as handles, so that the
-// collection protocol types can be tried on every path, and report what managed code saw.
+// Test entries that hand out managed collections, enumerables and disposables as handles, so that the collection
+// protocol types can be tried on every path, and report what managed code saw.
 using System;
 using System.Collections;
 using System.Collections.Generic;
@@ -10,108 +10,48 @@ namespace Orvane.PyFigura.Probe
 {
     public static unsafe class CollectionProbe
     {
-        /// <summary>A new handle of the managed object named by <paramref name="kind"/>; 0 with an exception set.</summary>
+        // A new handle of the managed object named by `kind`; 0 with an exception set.
         [UnmanagedCallersOnly]
-        public static IntPtr Make(StringArg* kind)
-        {
-            try
-            {
-                return InstanceHandles.Alloc(Build(kind->ToManaged()));
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return IntPtr.Zero;
-            }
-        }
+        public static IntPtr Make(StringArg* kind) =>
+            DrawingProbe.Reported(() => InstanceHandles.Alloc(Build(kind->ToManaged())));
 
-        /// <summary>What a logging object recorded, as a Python str.</summary>
+        // What a logging object recorded, as a Python str.
         [UnmanagedCallersOnly]
-        public static IntPtr Log(IntPtr handle)
-        {
-            try
-            {
-                return NativeCallbacks.PyString(((ILogged)InstanceHandles.Get(handle)).Log);
-            }
-            catch (Exception e)
-            {
-                ProxyErrors.Report(e);
-                return IntPtr.Zero;
-            }
-        }
+        public static IntPtr Log(IntPtr handle) =>
+            DrawingProbe.Reported(() => NativeCallbacks.PyString(((ILogged)InstanceHandles.Get(handle)).Log));
 
-        private static object Build(string kind)
+        private static object Build(string kind) => kind switch
         {
-            switch (kind)
-            {
-                case "objects": return new List<object>();
-                case "ints": return new List<int> { 3, 1, 2 };
-                case "arraylist": return new ArrayList();
-                case "logged": return new LoggedList();
-                case "fixed": return new object[] { "a", "b", "c" };
-                case "with-null": return new List<object> { "a", null, "b" };
-                case "unbound-item": return new List<object> { "a", new object() };
-                case "names": return new Names("x", "y", "x");
-                case "bag": return new Bag();
-                case "set": return new HashSet<int> { 1, 2, 3 };
-                case "failing": return new Failing();
-                case "claims-fewer": return new Lying(3, 2);
-                case "claims-more": return new Lying(3, 4);
-                case "enumerator": return new List<object> { 1, 2 }.GetEnumerator();
-                case "disposable": return new Disposable(false);
-                case "disposable-failing": return new Disposable(true);
-                default: throw new ArgumentException("no probe collection " + kind);
-            }
-        }
+            "objects" => new List<object>(),
+            "ints" => new List<int> { 3, 1, 2 },
+            "arraylist" => new ArrayList(),
+            "logged" => new LoggedList(),
+            "fixed" => new object[] { "a", "b", "c" },
+            "with-null" => new List<object> { "a", null, "b" },
+            "unbound-item" => new List<object> { "a", new object() },
+            "names" => new Names("x", "y", "x"),
+            "bag" => new Bag(),
+            "set" => new HashSet<int> { 1, 2, 3 },
+            "failing" => new Failing(),
+            "claims-fewer" => new Lying(3, 2),
+            "claims-more" => new Lying(3, 4),
+            "enumerator" => new List<object> { 1, 2 }.GetEnumerator(),
+            "disposable" => new Disposable(false),
+            "disposable-failing" => new Disposable(true),
+            _ => throw new ArgumentException("no probe collection " + kind),
+        };
 
         private interface ILogged
         {
             string Log { get; }
         }
 
-        /// <summary>A list that records its removals, insertions and writes.</summary>
-        private sealed class LoggedList : IList, ILogged
+        // A list that records the indexes of its removals.
+        private sealed class LoggedList : CollectionBase, ILogged
         {
-            private readonly List<object> _items = new List<object>();
             private readonly List<string> _log = new List<string>();
             public string Log => string.Join(";", _log);
-
-            public object this[int index]
-            {
-                get => _items[index];
-                set
-                {
-                    _log.Add("set " + index);
-                    _items[index] = value;
-                }
-            }
-
-            public bool IsFixedSize => false;
-            public bool IsReadOnly => false;
-            public int Count => _items.Count;
-            public bool IsSynchronized => false;
-            public object SyncRoot => this;
-            public int Add(object value)
-            {
-                _items.Add(value);
-                return _items.Count - 1;
-            }
-            public void Clear() => _items.Clear();
-            public bool Contains(object value) => _items.Contains(value);
-            public void CopyTo(Array array, int index) => ((ICollection)_items).CopyTo(array, index);
-            public IEnumerator GetEnumerator() => _items.GetEnumerator();
-            public int IndexOf(object value) => _items.IndexOf(value);
-            public void Insert(int index, object value)
-            {
-                _log.Add("insert " + index);
-                _items.Insert(index, value);
-            }
-            public void Remove(object value) => _items.Remove(value);
-            public void RemoveAt(int index)
-            {
-                _log.Add("remove " + index);
-                _items.RemoveAt(index);
-            }
+            protected override void OnRemove(int index, object value) => _log.Add("remove " + index);
         }
 
         private sealed class Names : ReadOnlyCollectionBase
@@ -123,7 +63,7 @@ namespace Orvane.PyFigura.Probe
         {
         }
 
-        /// <summary>Yields 1, then fails.</summary>
+        // Yields 1, then fails.
         private sealed class Failing : IEnumerable
         {
             public IEnumerator GetEnumerator()
@@ -133,16 +73,11 @@ namespace Orvane.PyFigura.Probe
             }
         }
 
-        /// <summary>Yields <c>actual</c> elements 0, 1, ... but tells a count of <c>claimed</c>.</summary>
+        // Yields `actual` elements 0, 1, ... but tells a count of `claimed`.
         private sealed class Lying : ICollection
         {
-            private readonly int _actual;
-            private readonly int _claimed;
-            public Lying(int actual, int claimed)
-            {
-                _actual = actual;
-                _claimed = claimed;
-            }
+            private readonly int _actual, _claimed;
+            public Lying(int actual, int claimed) => (_actual, _claimed) = (actual, claimed);
             public int Count => _claimed;
             public bool IsSynchronized => false;
             public object SyncRoot => this;
