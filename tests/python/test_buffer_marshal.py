@@ -1,5 +1,4 @@
 """Byte-array leases: the converter and its element form, and the buffers rows the managed side leases through."""
-
 import array
 
 import pytest
@@ -18,21 +17,15 @@ def lease(value, **options):
     (b"abc", (1, 1, 3, b"abc", None)), (bytearray(b"abcd"), (1, 1, 4, b"abcd", None)),
     (array.array("i", [1, -2]), (1, 1, 8, bytes(array.array("i", [1, -2])), None)),
     (memoryview(bytearray(b"0123456789"))[2:5], (1, 1, 3, b"234", None)), (b"", (1, 1, 0, b"", None)),
-    (None, (1, 0, -1, None, None)),
-    ("abc", (0, 0, -1, None, (TypeError, "can't build byte[] from 'str'"))),
+    (None, (1, 0, -1, None, None)), ("abc", (0, 0, -1, None, (TypeError, "can't build byte[] from 'str'"))),
     ([1], (0, 0, -1, None, (TypeError, "can't build byte[] from 'list'"))),
     (memoryview(b"abcdef")[::2], (0, 0, -1, None, (BufferError, "can't get internal buffer"))),  # its exporter refuses
-])
+    # exports refused after they were made are still released
+    (probe.Exporter(4, 2), (0, 1, -1, None, (BufferError, "buffer is not contiguous"))),
+    (probe.Exporter(2**31), (0, 1, -1, None, (BufferError, "buffer is too long")))])
 def test_what_a_lease_reports(value, report, element):
     assert lease(value, element=element) == report
-
-
-@pytest.mark.parametrize("element", [False, True], ids=["converter", "element"])
-@pytest.mark.parametrize("shape, message", [((4, 2), "buffer is not contiguous"), ((2**31,), "buffer is too long")])
-def test_refused_exports_are_still_released(shape, message, element):
-    source = probe.Exporter(*shape)
-    assert lease(source, element=element) == (0, 1, -1, None, (BufferError, message))
-    assert source.exports == 0
+    assert getattr(value, "exports", 0) == 0
 
 
 def test_the_lease_is_the_objects_own_memory_held_for_the_call_only():
@@ -50,8 +43,7 @@ def test_the_lease_is_the_objects_own_memory_held_for_the_call_only():
 
 def test_buffers_rows_record_size_and_acquire_without_the_type_test():
     assert probe.buffer_group(b"abc") == (80, True, (1, 1, 3, b"abc", None))
-    size, zeroed, report = probe.buffer_group("abc")
+    report = probe.buffer_group("abc")[2]
     assert report[:3] == (0, 0, -1) and (type(report[4]), str(report[4])) == (BufferError, "can't get internal buffer")
     source = probe.Exporter(4, 2)
-    report = probe.buffer_group(source)[2]
-    assert report[:2] == (0, 1) and str(report[4]) == "buffer is not contiguous" and source.exports == 0
+    assert probe.buffer_group(source)[2][:2] == (0, 1) and source.exports == 0

@@ -7,42 +7,38 @@ ORDER = ["common", "host", "marshal", "bridge", "values", "interop", "enums", "m
 INCLUDE = re.compile(r'^#include "([a-z_]+/|generated_[a-z_]+)', re.M)
 # Generated headers: the wire records and callback positions are ground; the generated classes sit on top.
 GENERATED_GROUND = {"generated_wire_records", "generated_callback_rows"}
+FILE_SCOPE = re.compile(r"^(?!const |constexpr |extern |using |struct |class |enum |template|namespace|return )"
+                        r"(?!Py\w*(Def|Methods|Procs|Object) )(?![\w:<>,*& ]*\* const )"
+                        r"[A-Za-z_][\w:<>,*& ]*?[\s*&](\w+)(\[[^\]]*\])?\s*(=|;|\{)", re.M)
+FUNCTION_STATIC = re.compile(
+    r"^\s+static (?!const |constexpr )(?:thread_local )?[\w:<>,*& ]+?[\s*&](\w+)\s*(=|;|\{|\[)", re.M)
+
+
+def sources():
+    """(layer, file name, text) of every source file."""
+    for folder, _, names in os.walk(SRC):
+        for name in names:
+            with open(os.path.join(folder, name), encoding="utf-8") as source:
+                yield os.path.relpath(folder, SRC).split(os.sep)[0], name, source.read()
 
 
 def test_includes_go_down_the_layers_only():
     upward = []
-    for folder, _, names in os.walk(SRC):
-        layer = os.path.relpath(folder, SRC).split(os.sep)[0]
-        for name in names:
-            with open(os.path.join(folder, name), encoding="utf-8") as source:
-                for target in INCLUDE.findall(source.read()):
-                    if target.startswith("generated_"):
-                        target = "common" if target in GENERATED_GROUND else "module"
-                    else:
-                        target = target[:-1]
-                    if ORDER.index(target) > ORDER.index(layer):
-                        upward.append(f"{layer}/{name} includes {target}/")
-    assert upward == []
-    assert sorted(os.listdir(SRC)) == sorted(ORDER)
-
-
-FILE_SCOPE = re.compile(r"^(?!const |constexpr |extern |using |struct |class |enum |template|namespace|return )"
-                        r"(?!Py\w*(Def|Methods|Procs|Object) )(?![\w:<>,*& ]*\* const )[A-Za-z_][\w:<>,*& ]*?[\s*&](\w+)(\[[^\]]*\])?\s*(=|;|\{)",
-                        re.M)
-FUNCTION_STATIC = re.compile(r"^\s+static (?!const |constexpr )(?:thread_local )?[\w:<>,*& ]+?[\s*&](\w+)\s*(=|;|\{|\[)",
-                             re.M)
+    for layer, name, text in sources():
+        for target in INCLUDE.findall(text):
+            if target.startswith("generated_"):
+                target = "common" if target in GENERATED_GROUND else "module"
+            if ORDER.index(target.rstrip("/")) > ORDER.index(layer):
+                upward.append(f"{layer}/{name} includes {target}")
+    assert upward == [] and sorted(os.listdir(SRC)) == sorted(ORDER)
 
 
 def test_process_wide_state_is_all_listed_in_one_place():
     with open(os.path.join(SRC, "common", "process_state.h"), encoding="utf-8") as listing:
         listed = set(re.findall(r"\w+", listing.read()))
     unlisted = []
-    for folder, _, names in os.walk(SRC):
-        for name in names:
-            if not name.endswith(".cpp"):
-                continue
-            with open(os.path.join(folder, name), encoding="utf-8") as source:
-                text = source.read()
-            found = [m.group(2) for m in FILE_SCOPE.finditer(text)] + [m.group(1) for m in FUNCTION_STATIC.finditer(text)]
+    for _, name, text in sources():
+        if name.endswith(".cpp"):
+            found = [m.group(2) for m in FILE_SCOPE.finditer(text)] + [m[1] for m in FUNCTION_STATIC.finditer(text)]
             unlisted += [f"{name}: {v}" for v in found if v not in listed]
     assert unlisted == []

@@ -26,111 +26,101 @@ def raised(call):
     return caught.type, caught.value.args
 
 
-class TestStrings:
-    @pytest.mark.parametrize("text", TEXTS.values(), ids=TEXTS)
-    def test_arguments_properties_and_managed_texts_round_trip(self, text):
-        size = printing.PaperSize(text, 100, 200)
-        assert size.paper_name == text and repr(size) == f"[PaperSize {text} Kind=Custom Height=200 Width=100]"
-        doc = printing.PrintDocument()
-        doc.document_name = text
-        assert type(doc.document_name) is str and doc.document_name == text
-
-    def test_file_names_reach_the_file_system(self, tmp_path):
-        names = [TEXTS[k] + ".png" for k in ("latin1", "bmp", "astral", "mixed")]
-        for i, name in enumerate(names):
-            f.Bitmap(i + 1, 2).save(str(tmp_path / name))
-        assert sorted(os.listdir(tmp_path)) == sorted(names)
-        assert [f.Image.from_file(str(tmp_path / name)).width for name in names] == [1, 2, 3, 4]
-
-    def test_none_is_the_null_string_and_other_objects_are_refused(self):
-        size = printing.PaperSize(None, 1, 2)
-        assert size.paper_name is None
-        for value in (b"bytes", bytearray(b"x"), 3):
-            assert raised(lambda: setattr(size, "paper_name", value)) == (
-                TypeError, (f"can't build String from '{type(value).__name__}'",))
-
-    @pytest.mark.parametrize("bad", ["a\ud800b", "\U0001F600\udfff"], ids=["ucs2", "ucs4"])
-    def test_lone_surrogate_is_refused_as_python_would(self, bad):
-        doc = printing.PrintDocument()
-        calls = [lambda: setattr(doc, "document_name", bad), lambda: f.Font(bad, 9.0),  # setter, one trial
-                 lambda: f.Graphics.from_image(f.Bitmap(2, 2)).draw_string(bad, f.Font("DejaVu Sans", 9.0),
-                                                                          f.Brushes.red, 0.0, 0.0)]  # six trials
-        for call in calls:
-            with pytest.raises(UnicodeEncodeError, match="surrogates not allowed") as info:
-                call()
-            assert info.value.start == next(i for i, c in enumerate(bad) if 0xD800 <= ord(c) <= 0xDFFF)
-        assert doc.document_name == printing.PrintDocument().document_name
-
-    def test_nul_in_a_file_name_is_refused_as_open_does(self, tmp_path):
-        target = str(tmp_path / "a\x00b.png")
-        for call in [lambda: f.Bitmap(2, 2).save(target), lambda: f.Bitmap(target),
-                     lambda: setattr(printing.PrinterSettings(), "print_file_name", target)]:
-            assert raised(call) == (ValueError, ("embedded null character",))
-        assert list(tmp_path.iterdir()) == []  # text that is no file name keeps its NUL: TEXTS["nul"]
+@pytest.mark.parametrize("text", TEXTS.values(), ids=TEXTS)
+def test_arguments_properties_and_managed_texts_round_trip(text):
+    size, doc = printing.PaperSize(text, 100, 200), printing.PrintDocument()
+    assert size.paper_name == text and repr(size) == f"[PaperSize {text} Kind=Custom Height=200 Width=100]"
+    doc.document_name = text
+    assert type(doc.document_name) is str and doc.document_name == text
 
 
-class TestBuilders:
-    @pytest.mark.parametrize("text", ["", "abc", "\u00e9\u20ac", "a name longer than seven units \U0001F600"])
-    def test_builders_decode_and_copy_utf16_and_bytes(self, text):
-        assert failure_probe.build_py_string(utf16(text)) == failure_probe.build_py_string_quiet(utf16(text)) == text
-        assert failure_probe.build_u16_string(utf16(text)) == utf16(text)
-        made = failure_probe.build_py_bytes(utf16(text))
-        assert type(made) is bytearray and made == utf16(text)
-
-    def test_lone_surrogate_fails_in_the_builder_and_the_quiet_one_reports_it(self, monkeypatch):
-        with pytest.raises(LookupError, match="unknown error handler name ''"):
-            failure_probe.build_py_string(utf16("a\ud800"))
-        seen = []
-        monkeypatch.setattr(sys, "unraisablehook", seen.append)  # inside the call phase, after pytest's own
-        assert failure_probe.build_py_string_quiet(utf16("\udc00")) is None
-        assert [(u.exc_type, u.object) for u in seen] == [(LookupError, "FormatCallbackException")]
+def test_file_names_reach_the_file_system_and_a_nul_in_one_is_refused_as_open_does(tmp_path):
+    names = [TEXTS[k] + ".png" for k in ("latin1", "bmp", "astral", "mixed")]
+    for i, name in enumerate(names):
+        f.Bitmap(i + 1, 2).save(str(tmp_path / name))
+    assert sorted(os.listdir(tmp_path)) == sorted(names)
+    assert [f.Image.from_file(str(tmp_path / name)).width for name in names] == [1, 2, 3, 4]
+    target = str(tmp_path / "a\x00b.png")  # text that is no file name keeps its NUL: TEXTS["nul"]
+    for call in [lambda: f.Bitmap(2, 2).save(target), lambda: f.Bitmap(target),
+                 lambda: setattr(printing.PrinterSettings(), "print_file_name", target)]:
+        assert raised(call) == (ValueError, ("embedded null character",))
+    assert len(os.listdir(tmp_path)) == len(names)
 
 
-class TestByteArrays:
-    @pytest.mark.parametrize("value", [b"abc", bytearray(b"abcd"), memoryview(b"abcde"), array.array("B", b"xyz123"),
-                                       b""], ids=["bytes", "bytearray", "memoryview", "array", "empty"])
-    def test_bytes_like_objects_reach_a_byte_array_parameter(self, value):
-        kinds = imaging.EncoderParameterValueType
-        first, second = imaging.EncoderParameter(QUALITY, value), imaging.EncoderParameter(QUALITY, value, True)
-        assert (first.number_of_values, first.value_type) == (len(bytes(value)), kinds.VALUE_TYPE_BYTE)
-        assert (second.number_of_values, second.value_type) == (len(bytes(value)), kinds.VALUE_TYPE_UNDEFINED)
+def test_none_is_the_null_string_and_other_objects_are_refused():
+    size = printing.PaperSize(None, 1, 2)
+    assert size.paper_name is None
+    assert raised(lambda: setattr(size, "paper_name", b"x")) == (TypeError, ("can't build String from 'bytes'",))
 
-    def test_property_copies_in_and_out_and_none_is_a_null_array(self):
-        data, path = bytes(range(256)), drawing2d.PathData()
-        path.types = memoryview(data)[10:20]
-        assert path.types == bytearray(data[10:20])
-        path.types = data
-        first = path.types
-        assert type(first) is bytearray and first == bytearray(data) and path.types is not first
-        first[0] = 0x7F
-        assert path.types == bytearray(data)
-        path.types = None  # the null array
-        assert path.types is None
-        assert raised(lambda: setattr(path, "types", [1, 2])) == (TypeError, ("can't build byte[] from 'list'",))
 
-    def test_leases_are_given_back_after_success_a_failed_trial_and_a_managed_exception(self):
-        data = bytearray(b"abc")
-        imaging.EncoderParameter(QUALITY, data)
-        data.extend(b"d")  # a held export would refuse the resize
-        # EncoderParameter(encoder, byte[], bool) leases the buffer, then refuses the int; so do all others.
-        with pytest.raises(TypeError) as info:
-            imaging.EncoderParameter(QUALITY, data, 1)
-        assert info.value.args[0][9] == "can't build bool from 'int'"
-        data.extend(b"e")
-        with f.Graphics.from_image(f.Bitmap(2, 2)) as g:
-            # Metafile comments are not implemented on this platform: the call fails with the lease held.
-            with pytest.raises(RuntimeError, match=r"^Proxy error\(System\.NotImplementedException\)"):
-                g.add_metafile_comment(data)
-        data.extend(b"f")
-        assert data == bytearray(b"abcdef")
+@pytest.mark.parametrize("bad", ["a\ud800b", "\U0001F600\udfff"], ids=["ucs2", "ucs4"])
+def test_lone_surrogate_is_refused_as_python_would(bad):
+    doc, font = printing.PrintDocument(), f.Font("DejaVu Sans", 9.0)
+    draw = f.Graphics.from_image(f.Bitmap(2, 2)).draw_string
+    # a setter, a call of one trial and a call of six
+    for call in [lambda: setattr(doc, "document_name", bad), lambda: f.Font(bad, 9.0),
+                 lambda: draw(bad, font, f.Brushes.red, 0.0, 0.0)]:
+        with pytest.raises(UnicodeEncodeError, match="surrogates not allowed") as info:
+            call()
+        assert info.value.start == next(i for i, c in enumerate(bad) if 0xD800 <= ord(c) <= 0xDFFF)
+    assert doc.document_name == printing.PrintDocument().document_name
 
-    def test_arrays_of_byte_arrays_lease_each_element(self):
-        codec = imaging.ImageCodecInfo.get_image_encoders()[0]
-        data = bytearray(b"zz")
-        codec.signature_patterns = [None, b"ab", data, memoryview(b"q")]
-        data.extend(b"more")
-        assert list(codec.signature_patterns) == [None, bytearray(b"ab"), bytearray(b"zz"), bytearray(b"q")]
-        codec.signature_patterns = (b"1", None)
-        assert list(codec.signature_patterns) == [bytearray(b"1"), None]
-        with pytest.raises(TypeError, match=r"can't build byte\[\] from 'int'"):
-            codec.signature_patterns = [b"ok", 5]
+
+@pytest.mark.parametrize("text", ["", "\u00e9\u20ac", "a name longer than seven units \U0001F600"])
+def test_builders_decode_and_copy_utf16(text):  # strings and bytes from managed results: the tests above
+    assert failure_probe.build_py_string_quiet(utf16(text)) == text
+    assert failure_probe.build_u16_string(utf16(text)) == utf16(text)
+
+
+def test_lone_surrogate_fails_in_the_builder_and_the_quiet_one_reports_it(monkeypatch):
+    with pytest.raises(LookupError, match="unknown error handler name ''"):
+        failure_probe.build_py_string(utf16("a\ud800"))
+    seen = []
+    monkeypatch.setattr(sys, "unraisablehook", seen.append)  # inside the call phase, after pytest's own
+    assert failure_probe.build_py_string_quiet(utf16("\udc00")) is None
+    assert [(u.exc_type, u.object) for u in seen] == [(LookupError, "FormatCallbackException")]
+
+
+@pytest.mark.parametrize("value", [b"abc", bytearray(b"abcd"), memoryview(b"abcde"), array.array("B", b"xyz123"),
+                                   b""], ids=["bytes", "bytearray", "memoryview", "array", "empty"])
+def test_bytes_like_objects_reach_a_byte_array_parameter(value):
+    parameter = imaging.EncoderParameter(QUALITY, value, True)
+    assert (parameter.number_of_values, parameter.value_type) == (
+        len(bytes(value)), imaging.EncoderParameterValueType.VALUE_TYPE_UNDEFINED)
+
+
+def test_byte_properties_copy_in_and_out_and_none_is_a_null_array():
+    data, path = bytes(range(256)), drawing2d.PathData()
+    path.types = memoryview(data)[10:20]
+    assert path.types == bytearray(data[10:20])
+    path.types = data
+    first = path.types
+    first[0] = 0x7F  # a copy
+    assert type(first) is bytearray and path.types == bytearray(data)
+    path.types = None  # the null array
+    assert path.types is None
+    assert raised(lambda: setattr(path, "types", [1, 2])) == (TypeError, ("can't build byte[] from 'list'",))
+    codec = imaging.ImageCodecInfo.get_image_encoders()[0]  # arrays of byte arrays: each element copied
+    codec.signature_patterns = [None, b"ab", memoryview(b"q")]
+    assert list(codec.signature_patterns) == [None, bytearray(b"ab"), bytearray(b"q")]
+    with pytest.raises(TypeError, match=r"can't build byte\[\] from 'int'"):
+        codec.signature_patterns = [b"ok", 5]
+
+
+def test_leases_are_given_back_after_success_a_failed_trial_and_a_managed_exception():
+    data = bytearray(b"abc")
+    codec = imaging.ImageCodecInfo.get_image_encoders()[0]
+    codec.signature_patterns = [data]  # an element of an array
+    imaging.EncoderParameter(QUALITY, data)
+    data.extend(b"d")  # a held export would refuse the resize
+    # EncoderParameter(encoder, byte[], bool) leases the buffer, then refuses the int; so do all others.
+    with pytest.raises(TypeError) as info:
+        imaging.EncoderParameter(QUALITY, data, 1)
+    assert info.value.args[0][9] == "can't build bool from 'int'"
+    data.extend(b"e")
+    with f.Graphics.from_image(f.Bitmap(2, 2)) as g:
+        # Metafile comments are not implemented on this platform: the call fails with the lease held.
+        with pytest.raises(RuntimeError, match=r"^Proxy error\(System\.NotImplementedException\)"):
+            g.add_metafile_comment(data)
+    data.extend(b"f")
+    assert data == bytearray(b"abcdef")

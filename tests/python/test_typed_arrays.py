@@ -38,115 +38,95 @@ def dashes(values):
     return pen.dash_pattern
 
 
-class TestArguments:
-    @pytest.mark.parametrize("draw, pixel", [
-        (lambda g: g.draw_lines(f.Pen(f.Color.red), [f.Point(0, 0), f.Point(5, 5)]), (3, 3)),
-        (lambda g: g.draw_lines(f.Pen(f.Color.red), (f.PointF(0, 9), f.PointF(11, 9))), (6, 9)),
-        (lambda g: g.draw_polygon(f.Pen(f.Color.red), path_points((1, 1), (10, 1), (10, 10))), (5, 1)),
-        (lambda g: g.fill_rectangles(f.SolidBrush(f.Color.red), [f.Rectangle(2, 2, 3, 3)]), (3, 3)),
-    ], ids=["list", "tuple", "wrapper-by-handle", "rectangles-widened"])
-    def test_arrays_reach_the_drawing(self, draw, pixel):
-        bitmap = f.Bitmap(12, 12)
-        graphics = f.Graphics.from_image(bitmap)
-        graphics.clear(f.Color.white)
-        draw(graphics)
-        assert bitmap.get_pixel(*pixel).to_argb() & 0xFFFFFFFF == RED
-        assert bitmap.get_pixel(3, 6).to_argb() & 0xFFFFFFFF == 0xFFFFFFFF
-
-    def test_refusals_name_the_array_or_keep_the_element_text(self):
-        graphics, pen = f.Graphics.from_image(f.Bitmap(2, 2)), f.Pen(f.Color.red)
-        with pytest.raises(TypeError) as info:
-            graphics.draw_lines(pen, iter([f.Point(0, 0)]))
-        assert info.value.args[0] == ["can't build Array value from 'list_iterator'"] * 2
-        with pytest.raises(TypeError) as info:
-            graphics.draw_lines(pen, dashes([1, 2]))
-        assert info.value.args[0][0] == ("can't build Array value from "
-                                         "'orvane.pyfigura._wrpgen._generic._ArrayWrapper_FCB07591'")
-        with pytest.raises(TypeError, match="argument should be PointF, not 'int'"):
-            graphics.draw_lines(pen, [f.PointF(0, 0), 5])
-        with pytest.raises(IndexError, match="tuple index out of range"):
-            dashes(Shrinking())
-
-    @pytest.mark.parametrize("value", [[1, 2.5], (1, 2.5), range(1, 3), Sneaky([1, 2.5])],
-                             ids=["list", "tuple", "range", "list-subclass-read-as-list"])
-    def test_single_array_from_sequences(self, value):
-        assert list(dashes(value)) == [float(v) for v in list(value)]
-
-    def test_none_and_nested_arrays(self):
-        blend = drawing2d.ColorBlend()
-        blend.colors = None
-        assert blend.colors is None
-        rows = [[1, 0, 0, 0, 0], [0, 1, 0, 0, 0], [0, 0, 1, 0, 0], [0, 0, 0, 0.5, 0], (0, 0, 0, 0, 1)]
-        matrix = imaging.ColorMatrix(rows)
-        assert (matrix.matrix33, matrix.matrix44) == (0.5, 1.0)
+@pytest.mark.parametrize("draw, pixel", [
+    (lambda g: g.draw_lines(f.Pen(f.Color.red), [f.Point(0, 0), f.Point(5, 5)]), (3, 3)),
+    (lambda g: g.draw_lines(f.Pen(f.Color.red), (f.PointF(0, 9), f.PointF(11, 9))), (6, 9)),
+    (lambda g: g.draw_polygon(f.Pen(f.Color.red), path_points((1, 1), (10, 1), (10, 10))), (5, 1)),
+    (lambda g: g.fill_rectangles(f.SolidBrush(f.Color.red), [f.Rectangle(2, 2, 3, 3)]), (3, 3)),
+], ids=["list", "tuple", "wrapper-by-handle", "rectangles-widened"])
+def test_arrays_reach_the_drawing(draw, pixel):
+    bitmap = f.Bitmap(12, 12)
+    graphics = f.Graphics.from_image(bitmap)
+    graphics.clear(f.Color.white)
+    draw(graphics)
+    assert [bitmap.get_pixel(*p).to_argb() & 0xFFFFFFFF for p in (pixel, (3, 6))] == [RED, 0xFFFFFFFF]
 
 
-class TestResults:
-    def test_encoders_behave_as_a_fixed_length_sequence(self):
-        encoders = imaging.ImageCodecInfo.get_image_encoders()
-        items = list(encoders)
-        assert type(encoders) is generic._ArrayWrapper_0B12C88A and isinstance(items[0], imaging.ImageCodecInfo)
-        assert len(encoders) == encoders.length == len(items) > 2
-        assert [e.mime_type for e in (encoders[-1], *encoders[1:3], *encoders.copy())] == [
-            e.mime_type for e in (items[-1], *items[1:3], *items)]
-        assert type(encoders[::2]) is list and items[1] in encoders and encoders.contains(items[1])
-        assert encoders.count(items[1]) == 1 and encoders.index(items[1]) == 1
-        with pytest.raises(ValueError, match="value is not in list"):
-            encoders.index(None)
-        for index in (99, -99, 2**40):  # out of range as list says it
-            with pytest.raises(IndexError, match="^list index out of range$"):
-                encoders[index]
-
-    def test_colour_and_guid_elements(self):
-        blend = drawing2d.ColorBlend(2)
-        blend.colors = [f.Color.red, f.Color.blue]
-        assert type(blend.colors) is generic._ArrayWrapper_ADFCB9C9
-        assert [c.to_argb() & 0xFFFFFFFF for c in blend.colors] == [RED, 0xFF0000FF]
-        dimensions = f.Bitmap(2, 2).frame_dimensions_list
-        assert type(dimensions) is generic._ArrayWrapper_59F49626 and all(isinstance(d, uuid.UUID) for d in dimensions)
-
-    def test_ref_array_lists_are_filled(self):
-        path = drawing2d.GraphicsPath()
-        path.add_lines([f.PointF(0, 0), f.PointF(3, 4), f.PointF(6, 0)])
-        points, types = [[f.PointF()] * 3], [bytearray(3)]
-        assert drawing2d.GraphicsPathIterator(path).enumerate(points, types) == 3
-        assert type(points[0]) is generic._ArrayWrapper_2A1D6ECF
-        assert [(p.x, p.y) for p in points[0]] == [(0, 0), (3, 4), (6, 0)] and bytes(types[0]) == b"\x00\x01\x01"
+@pytest.mark.parametrize("value", [[1, 2.5], (1, 2.5), range(1, 3), Sneaky([1, 2.5])],
+                         ids=["list", "tuple", "range", "list-subclass-read-as-list"])
+def test_single_array_from_sequences(value):
+    assert list(dashes(value)) == [float(v) for v in list(value)]
 
 
-class TestProtocol:
-    def test_writes_reach_the_managed_array_and_keep_its_length(self):
-        points = path_points((0, 0), (1, 1), (2, 2))
-        points[0] = f.PointF(9, 9)
-        points[::2] = (f.PointF(5, 5), f.PointF(6, 6))
-        assert [(p.x, p.y) for p in points] == [(5, 5), (1, 1), (6, 6)]
-        points[:] = path_points((7, 7), (8, 8), (9, 9))  # another wrapper is copied whole
-        assert [p.x for p in points] == [7, 8, 9]
-        for key, value, error, text in [
-                (slice(0, 2), [f.PointF()] * 3, ValueError, "assign sequence of size 3 to extended slice of size 2"),
-                (slice(0, 1), 5, TypeError, "must assign iterable to extended slice"),
-                (0, 1, TypeError, "argument should be PointF, not 'int'")]:
-            with pytest.raises(error, match=text):
-                points[key] = value
-        for key, error, text in [(9, ValueError, "elements removing not supported"),
-                                 (slice(5, 5), ValueError, "elements removing not supported"),
-                                 ("x", TypeError, "list indices must be integers or slices, not str")]:
-            with pytest.raises(error, match=text):
-                del points[key]
+def test_refusals_name_the_array_or_keep_the_element_text():
+    graphics, pen = f.Graphics.from_image(f.Bitmap(2, 2)), f.Pen(f.Color.red)
+    with pytest.raises(TypeError) as info:
+        graphics.draw_lines(pen, iter([f.Point(0, 0)]))
+    assert info.value.args[0] == ["can't build Array value from 'list_iterator'"] * 2
+    with pytest.raises(TypeError) as info:
+        graphics.draw_lines(pen, dashes([1, 2]))
+    assert info.value.args[0][0] == f"can't build Array value from '{generic.__name__}._ArrayWrapper_FCB07591'"
+    with pytest.raises(TypeError, match="argument should be PointF, not 'int'"):
+        graphics.draw_lines(pen, [f.PointF(0, 0), 5])
+    with pytest.raises(IndexError, match="tuple index out of range"):
+        dashes(Shrinking())
 
-    def test_sorting_is_in_place_and_managed(self):
-        values = dashes([3, 1, 2])
-        values.sort(reverse=True)
-        assert list(values) == [3.0, 2.0, 1.0]
-        values.reverse()
-        assert list(values) == [1.0, 2.0, 3.0] and values + iter([4]) == [1.0, 2.0, 3.0, 4]
-        with pytest.raises(ValueError, match="custom sorting key is not supported"):
-            values.sort(key=abs)
 
-    def test_iterator_is_single_pass_and_a_context_manager(self):
-        iterator = iter(path_points((0, 0), (1, 1)))
-        assert type(iterator) is generic._IterWrapper_2A1D6ECF and iter(iterator) is iterator
-        with iterator as it:
-            assert [p.x for p in it] == [0, 1]
-        with pytest.raises(StopIteration):
-            next(iterator)
+def test_none_nested_and_ref_arrays():
+    blend = drawing2d.ColorBlend()
+    blend.colors = None
+    assert blend.colors is None
+    matrix = imaging.ColorMatrix([[1, 0, 0, 0, 0], [0, 1, 0, 0, 0], [0, 0, 1, 0, 0], [0, 0, 0, 0.5, 0], range(5)])
+    assert (matrix.matrix33, matrix.matrix43, matrix.matrix44) == (0.5, 3.0, 4.0)
+    path = drawing2d.GraphicsPath()
+    path.add_lines([f.PointF(0, 0), f.PointF(3, 4), f.PointF(6, 0)])
+    points, types = [[f.PointF()] * 3], [bytearray(3)]  # ref arrays: one-item lists that are filled
+    assert drawing2d.GraphicsPathIterator(path).enumerate(points, types) == 3
+    assert type(points[0]) is generic._ArrayWrapper_2A1D6ECF
+    assert [(p.x, p.y) for p in points[0]] == [(0, 0), (3, 4), (6, 0)] and bytes(types[0]) == b"\x00\x01\x01"
+
+
+def test_result_arrays_of_objects_colours_and_guids():
+    encoders = imaging.ImageCodecInfo.get_image_encoders()
+    items = list(encoders)
+    assert type(encoders) is generic._ArrayWrapper_0B12C88A and isinstance(items[0], imaging.ImageCodecInfo)
+    assert len(encoders) == encoders.length == len(items) > 2
+    assert [e.mime_type for e in (encoders[-1], *encoders[1:3], *encoders.copy())] == [
+        e.mime_type for e in (items[-1], *items[1:3], *items)]
+    assert items[1] in encoders and encoders.count(items[1]) == 1 and encoders.index(items[1]) == 1
+    for index in (99, 2**40):  # out of range as list says it
+        with pytest.raises(IndexError, match="^list index out of range$"):
+            encoders[index]
+    blend = drawing2d.ColorBlend(2)
+    blend.colors = [f.Color.red, f.Color.blue]
+    assert type(blend.colors) is generic._ArrayWrapper_ADFCB9C9
+    assert [c.to_argb() & 0xFFFFFFFF for c in blend.colors] == [RED, 0xFF0000FF]
+    dimensions = f.Bitmap(2, 2).frame_dimensions_list
+    assert type(dimensions) is generic._ArrayWrapper_59F49626 and all(isinstance(d, uuid.UUID) for d in dimensions)
+
+
+def test_writes_and_sorting_reach_the_managed_array_and_keep_its_length():
+    points = path_points((0, 0), (1, 1), (2, 2))
+    points[0] = f.PointF(9, 9)
+    points[::2] = (f.PointF(5, 5), f.PointF(6, 6))
+    assert [(p.x, p.y) for p in points] == [(5, 5), (1, 1), (6, 6)]
+    points[:] = path_points((7, 7), (8, 8), (9, 9))  # another wrapper is copied whole
+    assert [p.x for p in points] == [7, 8, 9]
+    with pytest.raises(TypeError, match="argument should be PointF, not 'int'"):
+        points[0] = 1
+    with pytest.raises(ValueError, match="elements removing not supported"):
+        del points[5:5]
+    values = dashes([3, 1, 2])
+    values.sort(reverse=True)
+    assert list(values) == [3.0, 2.0, 1.0]
+    values.reverse()
+    assert list(values) == [1.0, 2.0, 3.0] and values + iter([4]) == [1.0, 2.0, 3.0, 4]
+
+
+def test_iterator_is_single_pass_and_a_context_manager():
+    iterator = iter(path_points((0, 0), (1, 1)))
+    assert type(iterator) is generic._IterWrapper_2A1D6ECF and iter(iterator) is iterator
+    with iterator as it:
+        assert [p.x for p in it] == [0, 1]
+    with pytest.raises(StopIteration):
+        next(iterator)

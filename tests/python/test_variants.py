@@ -2,6 +2,7 @@
 into Python values again. Image.tag is such a property; the probe shows the codes and the managed values."""
 import ast
 import os
+import reprlib
 import uuid
 from datetime import date, datetime, time, timedelta, timezone
 from decimal import Decimal
@@ -30,49 +31,35 @@ def bitmap():
     (Decimal("-0.0625").as_tuple(), Decimal("-0.0625")), (b"abc", bytearray(b"abc")),
     (date(2020, 2, 29), datetime(2020, 2, 29)), (time(6, 7, 8), datetime(1, 1, 1, 6, 7, 8)),
     (bytearray(b"abc"), bytearray(b"abc")), (memoryview(b"abc"), bytearray(b"abc"))], ids=repr)
-def test_image_tag_gives_back_an_equal_value_of_the_same_type(bitmap, value, expected):
+def test_image_tag_gives_back_the_value(bitmap, value, expected):
     bitmap.tag = value
     back = bitmap.tag
-    assert type(back) is type(expected) and back == expected
-    assert not isinstance(back, datetime) or back.utcoffset() == expected.utcoffset()
-    assert not isinstance(back, Decimal) or back.as_tuple() == expected.as_tuple()  # digits and exponent
+    assert type(back) is type(expected) and repr(back) == repr(expected)  # the sign of zero, digits, the zone
 
 
-def test_wrapper_comes_back_as_its_registered_type_and_each_read_makes_a_new_object(bitmap):
-    bitmap.tag = "text"
-    assert bitmap.tag is not bitmap.tag
-    with f.Bitmap(3, 4) as other:
-        bitmap.tag = other
-        back = bitmap.tag
-        assert type(back) is f.Bitmap and back == other and back.width == 3
+LOOPED, DEEP = [], [1]
+LOOPED.append(LOOPED)
+for _ in range(20000):
+    DEEP = [DEEP]
+NESTED = "while passing a nested list or tuple to managed code"
 
 
 @pytest.mark.parametrize("value, error, text", [
-    ({}, TypeError, "^unknown variant type$"), ({1}, TypeError, "^unknown variant type$"),
-    (object(), TypeError, "^unknown variant type$"), (f.Point(1, 2), TypeError, "^unknown variant type$"),
+    ({}, TypeError, "^unknown variant type$"), (f.Point(1, 2), TypeError, "^unknown variant type$"),
     (2**64, RuntimeError, "TypeError: can't build integer value from 'int'"),
     (Decimal("1e40"), RuntimeError, "OverflowError: value too large for .Net decimal"),
     (timedelta.max, RuntimeError, "OverflowError: value too large or too small for .Net TimeSpan"),
     ([1, object()], RuntimeError,
      r"^Proxy error\(Orvane.WrpGen.Interop.PythonException\): TypeError: unknown variant type\n$"),
-    ((1, {}), RuntimeError, "unknown variant type")], ids=repr)
+    ((1, {}), RuntimeError, "unknown variant type"),
+    # nesting deeper than Python allows, or a loop
+    (LOOPED, RecursionError, NESTED), ((1, LOOPED), RecursionError, NESTED), (DEEP, RecursionError, NESTED)],
+    ids=reprlib.repr)
 def test_refused_values_leave_the_tag_as_it_was(bitmap, value, error, text):
     bitmap.tag = "kept"
     with pytest.raises(error, match=text):
         bitmap.tag = value
     assert bitmap.tag == "kept"
-
-
-def test_nesting_deeper_than_python_allows_is_a_recursion_error(bitmap):
-    looped, deep = [], [1]
-    looped.append(looped)
-    for _ in range(20000):
-        deep = [deep]
-    bitmap.tag = "kept"
-    for value in (looped, (1, looped), deep):
-        with pytest.raises(RecursionError, match="while passing a nested list or tuple to managed code"):
-            bitmap.tag = value
-    assert bitmap.tag == "kept"  # nothing crossed
     bitmap.tag = [1, (2, [3.5, "x"])]  # ordinary nesting still crosses
 
 
