@@ -25,13 +25,9 @@ SCALARS = {
 }
 
 
-def element_of(inst):
-    return inst["element"]
-
-
 def readable(inst):
     """File-name part of an instantiation: its element type, then the suffix that tells it apart."""
-    element = element_of(inst).replace("[]", "Array").replace(".", "_")
+    element = inst["element"].replace("[]", "Array").replace(".", "_")
     return f"{element}_{inst['suffix']}"
 
 
@@ -43,7 +39,7 @@ def suffix_of(model, spelling):
     """Suffix of the instantiation for an array spelling such as 'PointF[]' or 'Single[][]'."""
     element = spelling[:-2]
     for inst in instantiations(model):
-        if element_of(inst) == element:
+        if inst["element"] == element:
             return inst["suffix"]
     raise ValueError(f"no typed-array instantiation for {spelling!r}")
 
@@ -123,7 +119,7 @@ class Element:
 
 def native_instantiation(model, generic, inst):
     sfx = inst["suffix"]
-    el = Element(model, element_of(inst))
+    el = Element(model, inst["element"])
     full = inst["kind"] == "full"
     tables = generic["tables"]
     array_entries = list(tables["array_entries"]) if full else list(tables["parameter_only_entries"])
@@ -266,7 +262,7 @@ def uco(ret, name, params, body, failure):
 
 def managed_instantiation(model, generic, inst):
     sfx = inst["suffix"]
-    el = Element(model, element_of(inst))
+    el = Element(model, inst["element"])
     t, win, wout = el.managed_type, el.wire_in, el.wire_out
     full = inst["kind"] == "full"
     ns, _, array_cls = generic["tables"]["array"].format(suffix=sfx).rpartition(".")

@@ -70,7 +70,7 @@ def outputs():
     model.class_by_name["Widget"] = WIDGET
     forms, managed = native_forms.Forms(model), managed_emitter.ManagedEmitter(model)
     generic = model.modules["wrpgen"]["generic"]
-    pointf = next(i for i in generic["instantiations"] if generic_emitter.element_of(i) == "PointF")
+    pointf = next(i for i in generic["instantiations"] if i["element"] == "PointF")
     callbacks = {os.path.basename(k): v for k, v in callback_emitter.emit(SMALL_TABLES, "").items()}
     records = {os.path.basename(k): v for k, v in record_emitter.emit(SMALL_TABLES, "").items()}
     return {

@@ -93,6 +93,30 @@ def test_a_call_on_an_object_waits_for_the_released_call_using_it():
     assert len(results) == 3 and f.Image.from_stream(io.BytesIO(out.getvalue())).width == 200
 
 
+def test_a_nested_call_on_the_same_object_does_not_end_the_outer_ones_hold():
+    from orvane.pyfigura import drawing2d
+    path, tried, seen = drawing2d.GraphicsPath(), threading.Event(), []
+    path.add_line(0, 0, 1, 1)
+    other = threading.Thread(target=lambda: (tried.wait(10), path.add_line(2, 2, 3, 3), seen.append("other")))
+    other.start()
+
+    class Points:  # read while add_lines holds the path; its first item calls the path again
+        def __len__(self):
+            return 2
+
+        def __getitem__(self, i):
+            if i == 0:
+                path.get_last_point()
+                tried.set()
+                time.sleep(0.3)  # the other thread's call must still be waiting when this returns
+                seen.append("outer")
+            return f.PointF(i, i)
+
+    path.add_lines(Points())
+    other.join(10)
+    assert seen == ["outer", "other"]
+
+
 def test_a_graphics_keeps_its_image_alive_and_goes_with_it():
     graphics, brush = f.Graphics.from_image(f.Bitmap(32, 32)), f.SolidBrush(f.Color.red)
     f._wrpgen._interop._collect_managed()  # runs managed finalizers: an unreferenced image would go
