@@ -127,14 +127,15 @@ if _collect_managed_too not in _gc.callbacks:
     _gc.callbacks.append(_collect_managed_too)
 
 
-def _keep_runtime_fault_handlers(switch):
+def _keep_runtime_fault_handlers(switch, turns_on):
     """faulthandler.enable() after the runtime started would put its handler over the runtime's, and
     every managed null reference (a SIGSEGV the runtime turns into NullReferenceException) would end the
     process. After each enable or disable the runtime's handlers go back on top; faulthandler's then
-    receive the faults that managed code did not raise, and still report them."""
+    receive the faults that managed code did not raise, and still report them. An enable while enabled
+    (or a disable while disabled) installs nothing, and would look like a handler that went away."""
     def switched(*args, **kwargs):
         module = sys.modules.get(__name__ + ".pyfigura")
-        if module is None:
+        if module is None or _faulthandler.is_enabled() == turns_on:
             return switch(*args, **kwargs)
         interop = module._wrpgen._interop
         interop._yield_fault_handlers()
@@ -150,5 +151,5 @@ def _keep_runtime_fault_handlers(switch):
 
 
 if not hasattr(_faulthandler.enable, "__wrapped__"):
-    _faulthandler.enable = _keep_runtime_fault_handlers(_faulthandler.enable)
-    _faulthandler.disable = _keep_runtime_fault_handlers(_faulthandler.disable)
+    _faulthandler.enable = _keep_runtime_fault_handlers(_faulthandler.enable, True)
+    _faulthandler.disable = _keep_runtime_fault_handlers(_faulthandler.disable, False)
