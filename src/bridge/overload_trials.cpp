@@ -5,8 +5,7 @@ void keep_trial_error(PyObject** slot) {
     PyObject *type, *value, *traceback;
     PyErr_Fetch(&type, &value, &traceback);
     // A value of the right type that can't cross (a lone surrogate, a NUL in a file name, nesting too
-    // deep) is kept as
-    // its exception, so that it can be raised as itself if no trial matches.
+    // deep) is kept as its exception, so that it can be raised as itself if no trial matches.
     if (type != nullptr && (PyErr_GivenExceptionMatches(type, PyExc_ValueError) ||
                             PyErr_GivenExceptionMatches(type, PyExc_RecursionError))) {
         PyErr_NormalizeException(&type, &value, &traceback);
