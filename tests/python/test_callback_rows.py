@@ -1,7 +1,4 @@
-"""The rows of the iteration, containers, lists, sequences and generic callback tables, called from managed code.
-
-A probe entry calls each row as the collection protocols do and reports its status, what it made and the Python
-exception it left; all rows run in one fresh interpreter."""
+"""Callback rows (iteration, containers, lists, sequences, generic elements) as a probe calls them from managed code."""
 import ast
 import os
 
@@ -19,6 +16,8 @@ def error(status, kind, text, *after):
 
 
 BEFORE, AFTER = [1, "two", 3.5], ["head", "new", "two", 3.5]
+WIDTHS = ("List`1[Int32 2147483647, Int64 2147483648, Int32 -2147483648, Int64 -2147483649, "  # the integer row's codes
+          "Int64 -9223372036854775808, UInt64 9223372036854775808, UInt64 18446744073709551615]")
 ROWS = [  # op, target, item (both evaluated in the child, in order), index; then (status, result, error, text[, list])
     *[(op, "L", "None", 0, ok(3)) for op in ("list_size", "list_size64", "seq_size", "seq_size64", "size")],
     ("size", "{'a': 1, 'b': 2}", "None", 0, ok(2)),
@@ -27,7 +26,7 @@ ROWS = [  # op, target, item (both evaluated in the child, in order), index; the
     ("clear", "L", "None", 0, ok(0, None, [])),
     ("get", "M", "None", 1, ok(0, [3, "two"])),  # the variant kind, then the item
     ("get", "M", "None", 3, error(-2, "IndexError", "list index out of range")),
-    ("get", "[object()]", "None", 0, error(-1, "TypeError", "unknown variant type")),
+    ("get", "[[2**31 - 1, 2**31, -2**31, -2**31 - 1, -2**63, 2**63, 2**64 - 1]]", "None", 0, ok(0, [15, WIDTHS])),
     ("set", "M", "'new'", 0, ok(0, None, ["new", "two", 3.5])),
     ("set", "M", "'x'", 5, error(-2, "IndexError", "list assignment index out of range", ["new", "two", 3.5])),
     ("append", "M", "'tail'", 0, ok(4, None, ["new", "two", 3.5, "tail"])),  # the new size
@@ -38,8 +37,7 @@ ROWS = [  # op, target, item (both evaluated in the child, in order), index; the
     *[("contains", "M", item, 0, ok(found)) for item, found in (("'two'", 1), ("3.5", 1), ("'zzz'", 0))],
     *[("index", "M", item, 0, ok(at)) for item, at in (("'head'", 0), ("3.5", 3), ("'zzz'", -1))],  # ValueError: -1
     ("new_list", "None", "None", 3, ok(0, [0, 10, 20])), ("new_list64", "None", "None", 2, ok(0, [0, 10])),
-    ("new_list", "None", "None", 0, ok(0, [])),
-    ("char", "'a'", "None", 0, ok(1, 1)), ("char", "'\u20ac'", "None", 0, ok(1, 1)),
+    *[("char", text, "None", 0, ok(1, units)) for text, units in (("'a'", 1), ("'\u20ac'", 1), ("'\U0001F600'", 2))],
     ("char", "5", "None", 0, error(0, "TypeError", "can't build Char from 'int'")),
     ("iter", "[1]", "None", 0, ok(0, "list_iterator")),
     ("iter", "5", "None", 0, error(-1, "TypeError", "'int' object is not iterable")),
@@ -54,19 +52,17 @@ ROWS = [  # op, target, item (both evaluated in the child, in order), index; the
     ("seq_contains_null", "T", "None", 0, error(-1, "IndexError", "item is null")),
     *[("seq_index", "T", item, 0, ok(at)) for item, at in (("1", 0), ("None", 2), ("7", -1))],  # by equality
     ("seq_index", "range(0, 2**33, 2**31)", "2**32", 0, ok(2)),  # any sequence type
-    ("generic:0", "[None]", "None", 0, ok(0)), ("generic:17", "[None]", "None", 0, ok(0)),  # null byte[] and string
+    ("generic:17", "[None]", "None", 0, ok(0)),  # the null string
     ("generic:12", "[40000]", "None", 0, error(-1, "OverflowError", "value too big to convert to 'Int16'")),
-    ("generic:18", "[bytearray(b'xyz')]", "None", 0, ok(0, ("bytearray", b"xyz"))),  # a buffer in the sequence half
 ]
-GENERIC = {0: ("b'ab'", ("bytearray", b"ab")), 1: ("f.CharacterRange(2, 3)", "2,3"),
-           3: ("imaging.ColorMap()", "ColorMap"),
+GENERIC = {1: ("f.CharacterRange(2, 3)", "2,3"), 3: ("imaging.ColorMap()", "ColorMap"),
            4: ("imaging.EncoderParameter(imaging.Encoder.QUALITY, 5)", "EncoderParameter"),
            7: ("printing.PaperSize('Custom', 100, 200)", "PaperSize"), 8: ("printing.PaperSource()", "PaperSource"),
            9: ("printing.PrinterResolution()", "PrinterResolution"), 12: ("-7", -7), 13: ("2**31 - 1", 2**31 - 1),
            14: ("-2**63", -2**63), 15: ("0.5", 0.5), 17: ("'s\\U0001F600'", "s\U0001F600")}
 
 CHILD = r'''
-import gc, orvane.pyfigura as f, callback_probe as cp
+import gc, orvane.pyfigura as f, callback_probe as cp, host_probe
 from orvane.pyfigura import imaging, printing
 
 class Boom(Exception):
@@ -82,11 +78,9 @@ def ticking():
     raise Boom("third item broke")
 
 def show(value):
-    if isinstance(value, bytearray):
-        return ("bytearray", bytes(value))
     if isinstance(value, list):
         return [show(v) for v in value]
-    return value if isinstance(value, (tuple, int, float, str, bytes, type(None))) else type(value).__name__
+    return value if isinstance(value, (tuple, int, float, str, type(None))) else type(value).__name__
 
 def run(op, target, item=None, index=0):
     status, result, error = cp.row(op, target, item, index)
@@ -98,10 +92,6 @@ for op, target, item, index in ROWS:
     target = eval(target)
     changes = op in ("pop", "clear", "set", "append", "insert", "remove")
     out["rows"].append(run(op, target, eval(item), index) + ((show(target),) if changes else ()))
-try:
-    cp.row("remove", Grumpy([1]), 1, raising=True)
-except Boom as e:
-    out["raised"] = ("Boom", str(e))
 out["caught"] = run("caught:remove", Grumpy([1]), 1)
 for kind, sample in GENERIC.items():
     for half, pack in ((0, list), (18, tuple)):
@@ -110,7 +100,7 @@ for kind, sample in GENERIC.items():
                                        run(row, pack([[]]))]
 del L, M, T
 gc.collect()
-out["live_handles"], out["wire_layout_mismatches"] = cp.live_handles(), cp.wire_layout_mismatches()
+out["live_handles"], out["wire_layout_mismatches"] = host_probe.live_handles(), cp.wire_layout_mismatches()
 print(repr(out))
 '''
 
@@ -128,8 +118,7 @@ def test_row(out, number):
     assert out["rows"][number] == ROWS[number][4]
 
 
-def test_python_exceptions_raised_or_caught_and_handles_and_records(out):
-    assert out["raised"] == ("Boom", "no removing 1")
+def test_python_exception_caught_by_managed_code_and_no_handles_left_or_records_amiss(out):
     status, _, kind, text = out["caught"]  # caught and cleared: it comes back in the proxy text
     assert (status, kind) == (-1, "RuntimeError") and text.endswith(", in remove\nBoom: no removing 1\n")
     assert text.startswith("Proxy error(Orvane.WrpGen.Interop.PythonException): Traceback (most recent call last):")

@@ -7,41 +7,30 @@ namespace {
 
 struct {
     PyObject* (*Row)(StringArg*, PyObject*, PyObject*, int32_t, int64_t*);
-    int64_t (*LiveHandles)();
     int32_t (*WireLayoutMismatches)();
     bool bound;
 } g_entries{};
 
 bool bind_probe() {
-    const ProbeBinding bindings[] = {PROBE_ENTRY(g_entries, Row), PROBE_ENTRY(g_entries, LiveHandles),
-                                     PROBE_ENTRY(g_entries, WireLayoutMismatches)};
+    const ProbeBinding bindings[] = {PROBE_ENTRY(g_entries, Row), PROBE_ENTRY(g_entries, WireLayoutMismatches)};
     return bind_probe_entries("Orvane.PyFigura.Probe.CallbackProbe", bindings, g_entries.bound);
 }
 
-// row(op, target, item=None, index=0, raising=False) -> (status, result or None, pending exception or None).
-// With raising=True the pending exception is raised instead, as a wrapper's check would.
+// row(op, target, item=None, index=0) -> (status, result or None, pending exception or None).
 PyObject* row(PyObject*, PyObject* args, PyObject* kwargs) {
-    static const char* keywords[] = {"op", "target", "item", "index", "raising", nullptr};
+    static const char* keywords[] = {"op", "target", "item", "index", nullptr};
     StringArg op;
     reset_string_arg(&op);
     PyObject *target, *item = Py_None;
-    int index = 0, raising = 0;
-    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "O&O|Oip", const_cast<char**>(keywords), convert_string, &op,
-                                     &target, &item, &index, &raising) ||
+    int index = 0;
+    if (!PyArg_ParseTupleAndKeywords(args, kwargs, "O&O|Oi", const_cast<char**>(keywords), convert_string, &op,
+                                     &target, &item, &index) ||
         !bind_probe()) {
         return nullptr;
     }
     int64_t status = 0;
     PyObject* result = g_entries.Row(&op, target, item, index, &status);
-    if (raising && PyErr_Occurred()) {
-        Py_XDECREF(result);
-        return nullptr;
-    }
     return Py_BuildValue("(LNN)", static_cast<long long>(status), result ? result : Py_NewRef(Py_None), take_error());
-}
-
-PyObject* live_handles(PyObject*, PyObject*) {
-    return bind_probe() ? PyLong_FromLongLong(g_entries.LiveHandles()) : nullptr;
 }
 
 PyObject* wire_layout_mismatches(PyObject*, PyObject*) {
@@ -49,7 +38,6 @@ PyObject* wire_layout_mismatches(PyObject*, PyObject*) {
 }
 
 PyMethodDef g_methods[] = {PROBE_KW("row", row),
-                           {"live_handles", live_handles, METH_NOARGS, nullptr},
                            {"wire_layout_mismatches", wire_layout_mismatches, METH_NOARGS, nullptr},
                            {nullptr, nullptr, 0, nullptr}};
 

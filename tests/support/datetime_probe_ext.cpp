@@ -4,7 +4,7 @@
 
 namespace {
 
-// datetime_in, date_in, time_in(object) -> (status, ticks, kind, offset); a failed conversion raises.
+// datetime_in, time_in(object) -> (status, ticks, kind, offset); a failed conversion raises.
 template <int32_t (*Convert)(PyObject*, ManagedDateTime*)>
 PyObject* probe_zoned_in(PyObject*, PyObject* object) {
     ManagedDateTime value{0, 0};
@@ -29,15 +29,6 @@ PyObject* probe_datetime_out(PyObject*, PyObject* args) {
     return datetime_out(&value);
 }
 
-// datetime_offset_out(ticks, offset)
-PyObject* probe_datetime_offset_out(PyObject*, PyObject* args) {
-    unsigned long long ticks;
-    long long offset;
-    if (!PyArg_ParseTuple(args, "KL", &ticks, &offset)) return nullptr;
-    ManagedDateTime value{ticks, offset};
-    return datetime_offset_out(&value);
-}
-
 PyObject* probe_timedelta_out(PyObject*, PyObject* arg) {
     const long long ticks = PyLong_AsLongLong(arg);
     return ticks == -1 && PyErr_Occurred() ? nullptr : timedelta_out(ticks);
@@ -45,11 +36,9 @@ PyObject* probe_timedelta_out(PyObject*, PyObject* arg) {
 
 PyMethodDef g_methods[] = {
     {"datetime_in", probe_zoned_in<datetime_in>, METH_O, nullptr},
-    {"date_in", probe_zoned_in<date_in>, METH_O, nullptr},
     {"time_in", probe_zoned_in<time_in>, METH_O, nullptr},
     {"timedelta_in", probe_timedelta_in, METH_O, nullptr},
     {"datetime_out", probe_datetime_out, METH_VARARGS, nullptr},
-    {"datetime_offset_out", probe_datetime_offset_out, METH_VARARGS, nullptr},
     {"timedelta_out", probe_timedelta_out, METH_O, nullptr},
     {nullptr, nullptr, 0, nullptr}};
 

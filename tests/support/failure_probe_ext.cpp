@@ -136,9 +136,6 @@ PyObject* probe_build(PyObject*, PyObject* args) {
 const char16_t* units(const char* data) { return reinterpret_cast<const char16_t*>(data); }
 PyObject* string_of(const char* data, int32_t size) { return build_py_string(units(data), size / 2); }
 PyObject* quiet_string_of(const char* data, int32_t size) { return build_py_string_quiet(units(data), size / 2); }
-PyObject* bytes_of(const char* data, int32_t size) {
-    return build_py_bytes(reinterpret_cast<const uint8_t*>(data), size);
-}
 
 // The copied units as bytes, so that the copy can be told from the input.
 PyObject* u16_of(const char* data, int32_t size) {
@@ -163,7 +160,6 @@ PyMethodDef probe_methods[] = {
     {"build_py_string", probe_build<string_of>, METH_VARARGS, nullptr},
     {"build_py_string_quiet", probe_build<quiet_string_of>, METH_VARARGS, nullptr},
     {"build_u16_string", probe_build<u16_of>, METH_VARARGS, nullptr},
-    {"build_py_bytes", probe_build<bytes_of>, METH_VARARGS, nullptr},
     {nullptr, nullptr, 0, nullptr},
 };
 

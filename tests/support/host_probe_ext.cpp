@@ -63,10 +63,8 @@ PyObject* live_handles(PyObject*, PyObject*) {
 PyObject* runtime_state(PyObject*, PyObject*) {
     if (!bind_probe()) return nullptr;
     host::HostRuntime& rt = host::host_runtime_instance();
-    return Py_BuildValue("{s:s,s:s,s:O,s:O}", "runtime_directory", rt.runtime_directory.c_str(),
-                         "assembly_directories", rt.assembly_directories.c_str(), "loaded_here",
-                         rt.wrap_library.loaded_here() ? Py_True : Py_False, "domain_initialized",
-                         rt.domain_initialized ? Py_True : Py_False);
+    return Py_BuildValue("{s:O,s:O}", "loaded_here", rt.wrap_library.loaded_here() ? Py_True : Py_False,
+                         "domain_initialized", rt.domain_initialized ? Py_True : Py_False);
 }
 
 PyMethodDef g_methods[] = {{"draw_sample", draw_sample, METH_VARARGS, nullptr},

@@ -1,13 +1,13 @@
-// Test module marshal_probe: the scalar, decimal, Guid and byte-array converters, and their callback rows.
+// Test module marshal_probe: the scalar and byte-array converters, and the decimal and buffers callback rows.
 #define PY_SSIZE_T_CLEAN
 #include <Python.h>
 #include <structmember.h>
 
 #include <cstring>
+#include <type_traits>
 
 #include "marshal/buffer_marshal.h"
 #include "marshal/decimal_marshal.h"
-#include "marshal/guid_marshal.h"
 #include "marshal/scalar_marshal.h"
 #include "module/callback_tables.h"
 #include "probe_binding.h"
@@ -20,117 +20,23 @@ Fn row(int group, int index) {
     return reinterpret_cast<Fn>(static_cast<void* const*>(py_static_callbacks()[group])[index]);
 }
 
-union ConvertedValue {
-    uint8_t byte;
-    int16_t int16;
-    int32_t int32;
-    int64_t int64;
-    float single;
-    double real;
-    uint8_t guid[kGuidSize];
-};
-
-struct ConverterEntry {
-    const char* name;
-    int (*convert)(PyObject*, void*);
-    PyObject* (*result)(const ConvertedValue&);
-};
-
-const ConverterEntry kConverters[] = {
-    {"bool", convert_bool, [](const ConvertedValue& v) { return PyBool_FromLong(v.byte); }},
-    {"byte", convert_byte, [](const ConvertedValue& v) { return PyLong_FromLong(v.byte); }},
-    {"int16", convert_int16, [](const ConvertedValue& v) { return PyLong_FromLong(v.int16); }},
-    {"int32", convert_int32, [](const ConvertedValue& v) { return PyLong_FromLong(v.int32); }},
-    {"int64", convert_int64, [](const ConvertedValue& v) { return PyLong_FromLongLong(v.int64); }},
-    {"single", convert_single, [](const ConvertedValue& v) { return PyFloat_FromDouble(v.single); }},
-    {"double", convert_double, [](const ConvertedValue& v) { return PyFloat_FromDouble(v.real); }},
-    {"guid", convert_guid,
-     [](const ConvertedValue& v) { return PyBytes_FromStringAndSize(reinterpret_cast<const char*>(v.guid), 16); }},
-};
-
-// convert(name, object): the converted value, or the converter's exception.
-PyObject* probe_convert(PyObject*, PyObject* args) {
-    const char* name;
-    PyObject* object;
-    if (!PyArg_ParseTuple(args, "sO:convert", &name, &object)) return nullptr;
-    for (const ConverterEntry& entry : kConverters) {
-        if (std::strcmp(entry.name, name) != 0) continue;
-        ConvertedValue value;
-        std::memset(&value, 0, sizeof value);
-        if (!entry.convert(object, &value)) return nullptr;
-        return entry.result(value);
-    }
-    PyErr_Format(PyExc_ValueError, "no converter '%s'", name);
-    return nullptr;
+// bool, byte, int16, int32, int64, single, double(object): the converted value, or the converter's exception.
+template <typename T, int (*Convert)(PyObject*, void*)>
+PyObject* probe_convert(PyObject*, PyObject* object) {
+    T value{};
+    if (!Convert(object, &value)) return nullptr;
+    if constexpr (std::is_same_v<T, bool>) return PyBool_FromLong(value);
+    else if constexpr (std::is_floating_point_v<T>) return PyFloat_FromDouble(value);
+    else return PyLong_FromLongLong(value);
 }
 
-// Scalar readers, through the values-in rows.
-// read_truth(object) -> (byte, pending exception or None)
-PyObject* probe_read_truth(PyObject*, PyObject* object) {
-    const uint8_t truth = row<uint8_t (*)(PyObject*)>(kGroupValuesIn, 1)(object);
-    return Py_BuildValue("(iN)", truth, take_error());
-}
-
-// read_integer(object) -> (code, value)
-PyObject* probe_read_integer(PyObject*, PyObject* object) {
-    int64_t value = 0;
-    const int32_t code = row<int32_t (*)(PyObject*, int64_t*)>(kGroupValuesIn, 2)(object, &value);
-    if (code == 0) return nullptr;
-    return code == 3 ? Py_BuildValue("(iK)", code, static_cast<unsigned long long>(value))
-                     : Py_BuildValue("(iL)", code, static_cast<long long>(value));
-}
-
-// read_float(object) -> value
-PyObject* probe_read_float(PyObject*, PyObject* object) {
-    double value = 0.0;
-    const int32_t ok = row<int32_t (*)(PyObject*, double*)>(kGroupValuesIn, 3)(object, &value);
-    return ok ? PyFloat_FromDouble(value) : nullptr;
-}
-
-// read_char_string(object) -> (count, owner bytes, offset of the data word into the owner)
-PyObject* probe_read_char_string(PyObject*, PyObject* object) {
-    PyObject* owner = nullptr;
-    int32_t count = -1;
-    const void* data = nullptr;
-    if (!read_char_string(object, &owner, &count, &data)) return nullptr;
-    const Py_ssize_t offset = static_cast<const char*>(data) - PyBytes_AS_STRING(owner);
-    return Py_BuildValue("(iNn)", count, owner, offset);
-}
-
-// Decimal and Guid, through the values-in and values-out rows.
-// decimal_in(object) / decimal_in_tuple(tuple) -> (low, mid, high, flags)
-template <int Row>
+// decimal_in(object) -> (low, mid, high, flags), through the values-in row
 PyObject* probe_decimal_in(PyObject*, PyObject* object) {
     ManagedDecimal value{0xDEADBEEFu, 0xDEADBEEFu, 0xDEADBEEFu, 0xDEADBEEFu};
-    const int result = row<int (*)(PyObject*, ManagedDecimal*)>(kGroupValuesIn, Row)(object, &value);
+    const int result = row<int (*)(PyObject*, ManagedDecimal*)>(kGroupValuesIn, 4)(object, &value);
     if (!result || PyErr_Occurred()) return nullptr;  // as a wrapper checks after its call
     return Py_BuildValue("(kkkk)", static_cast<unsigned long>(value.low), static_cast<unsigned long>(value.mid),
                          static_cast<unsigned long>(value.high), static_cast<unsigned long>(value.flags));
-}
-
-// decimal_out(low, mid, high, flags) -> Decimal
-PyObject* probe_decimal_out(PyObject*, PyObject* args) {
-    unsigned int low, mid, high, flags;
-    if (!PyArg_ParseTuple(args, "IIII:decimal_out", &low, &mid, &high, &flags)) return nullptr;
-    ManagedDecimal value{low, mid, high, flags};
-    return row<PyObject* (*)(ManagedDecimal*)>(kGroupValuesOut, 7)(&value);
-}
-
-// guid_in_quiet(object) -> 16 bytes, or the pending exception
-PyObject* probe_guid_in_quiet(PyObject*, PyObject* object) {
-    uint8_t bytes[kGuidSize];
-    std::memset(bytes, 0xAB, sizeof bytes);
-    row<void (*)(PyObject*, uint8_t*)>(kGroupValuesIn, 10)(object, bytes);
-    return PyErr_Occurred() ? nullptr : PyBytes_FromStringAndSize(reinterpret_cast<const char*>(bytes), kGuidSize);
-}
-
-// guid_out(16 bytes) -> UUID
-PyObject* probe_guid_out(PyObject*, PyObject* args) {
-    const char* bytes;
-    Py_ssize_t size;
-    if (!PyArg_ParseTuple(args, "y#:guid_out", &bytes, &size)) return nullptr;
-    if (size != kGuidSize) return PyErr_Format(PyExc_ValueError, "16 bytes expected");
-    return row<PyObject* (*)(const uint8_t*)>(kGroupValuesOut, 11)(reinterpret_cast<const uint8_t*>(bytes));
 }
 
 // The report of one lease: (result, acquired, length, content or None, exception or None).
@@ -230,16 +136,14 @@ PyTypeObject exporter_type = [] {
 }();
 
 PyMethodDef probe_methods[] = {
-    {"convert", probe_convert, METH_VARARGS, nullptr},
-    {"read_truth", probe_read_truth, METH_O, nullptr},
-    {"read_integer", probe_read_integer, METH_O, nullptr},
-    {"read_float", probe_read_float, METH_O, nullptr},
-    {"read_char_string", probe_read_char_string, METH_O, nullptr},
-    {"decimal_in", probe_decimal_in<4>, METH_O, nullptr},
-    {"decimal_in_tuple", probe_decimal_in<5>, METH_O, nullptr},
-    {"decimal_out", probe_decimal_out, METH_VARARGS, nullptr},
-    {"guid_in_quiet", probe_guid_in_quiet, METH_O, nullptr},
-    {"guid_out", probe_guid_out, METH_VARARGS, nullptr},
+    {"bool", probe_convert<bool, convert_bool>, METH_O, nullptr},
+    {"byte", probe_convert<uint8_t, convert_byte>, METH_O, nullptr},
+    {"int16", probe_convert<int16_t, convert_int16>, METH_O, nullptr},
+    {"int32", probe_convert<int32_t, convert_int32>, METH_O, nullptr},
+    {"int64", probe_convert<int64_t, convert_int64>, METH_O, nullptr},
+    {"single", probe_convert<float, convert_single>, METH_O, nullptr},
+    {"double", probe_convert<double, convert_double>, METH_O, nullptr},
+    {"decimal_in", probe_decimal_in, METH_O, nullptr},
     PROBE_KW("lease_byte_array", probe_lease_byte_array),
     {"buffer_group", probe_buffer_group, METH_O, nullptr},
     {nullptr, nullptr, 0, nullptr},

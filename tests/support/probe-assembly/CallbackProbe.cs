@@ -12,7 +12,7 @@ namespace Orvane.PyFigura.Probe
 {
     public static unsafe class CallbackProbe
     {
-        private const int GroupBuffers = 2, GroupReferences = 3, GroupIteration = 4, GroupContainers = 5;
+        private const int GroupReferences = 3, GroupIteration = 4, GroupContainers = 5;
         private const int GroupLists = 6, GroupSequences = 7, GenericKinds = 18;
 
         // Runs the row `op` on `target` with `item` (both borrowed; a row that steals the item gets a reference of its
@@ -28,9 +28,6 @@ namespace Orvane.PyFigura.Probe
                 if (caught && *status < 0) throw PythonException.CatchAndClear();
                 return result;
             });
-
-        [UnmanagedCallersOnly]
-        public static long LiveHandles() => InstanceHandles.Live;
 
         // How many wire records the runtime lays out otherwise than api/records.json says.
         [UnmanagedCallersOnly]
@@ -53,8 +50,10 @@ namespace Orvane.PyFigura.Probe
                 case "iter": return Iterator(target, status);
                 case "iterate": return Iterate(target, status);
                 case "char": return ReadChar(target, status);
-                case "new_list": return NewList(index, false);
-                case "new_list64": return NewList(index, true);
+                case "new_list":
+                case "new_list64":
+                    var tens = Enumerable.Range(0, index).Select(i => ObjectResults.From(i * 10)).ToList();
+                    return BuildList(tens, name == "new_list64");
                 case "get": return ReadVariantRow(GroupLists, target, index, status);
                 case "set": *status = Steal<int>(GroupLists, 1, target, index, item); break;
                 case "append": *status = Steal<long>(GroupLists, 2, target, item); break;
@@ -95,14 +94,10 @@ namespace Orvane.PyFigura.Probe
             if (iterator == IntPtr.Zero) return IntPtr.Zero;
             var next = (delegate* unmanaged<IntPtr, IntPtr*, VariantArg*, int>)Slot(GroupIteration, 0);
             var items = new List<IntPtr>();
+            IntPtr word = IntPtr.Zero;
+            VariantArg variant = default;
             int code;
-            while (true)
-            {
-                IntPtr word = IntPtr.Zero;
-                VariantArg variant = default;
-                if ((code = next(iterator, &word, &variant)) != 0) break;
-                items.Add(word);
-            }
+            while ((code = next(iterator, &word, &variant)) == 0) items.Add(word);
             NativeCallbacks.DecRef(iterator);
             *status = code;
             IntPtr list = BuildList(items);  // the list takes over the item references
@@ -119,21 +114,6 @@ namespace Orvane.PyFigura.Probe
             *status = row(str, &keep, &length, &data);
             NativeCallbacks.DecRef(keep);
             return *status == 1 ? ObjectResults.From(length) : IntPtr.Zero;
-        }
-
-        // A list of `count` made by containers 8 or 9, filled with 0, 10, 20, ... through lists 7.
-        private static IntPtr NewList(int count, bool wide)
-        {
-            IntPtr list = IntPtr.Zero;
-            IntPtr* items = wide
-                ? ((delegate* unmanaged<long, IntPtr*, IntPtr*>)Slot(GroupContainers, 9))(count, &list)
-                : ((delegate* unmanaged<int, IntPtr*, IntPtr*>)Slot(GroupContainers, 8))(count, &list);
-            if (list == IntPtr.Zero) return IntPtr.Zero;
-            var store = (delegate* unmanaged<IntPtr*, int, IntPtr, int>)Slot(GroupLists, 7);
-            for (int i = 0; i < count; i++)
-                if (store(items, i, ObjectResults.From(i * 10)) != i)
-                    throw new InvalidOperationException("lists 7 gave another index");
-            return list;
         }
 
         // Lists 0 or sequences 0: [variant code, the value read by the managed side and made again]. The sequences row
@@ -165,12 +145,13 @@ namespace Orvane.PyFigura.Probe
             return value.GetType().Name + " " + Convert.ToString(value, CultureInfo.InvariantCulture);
         }
 
-        // A new list that steals the references given.
-        private static IntPtr BuildList(List<IntPtr> items)
+        // A new list made by containers 8 (9 when `wide`) that steals the references given, stored through lists 7.
+        private static IntPtr BuildList(List<IntPtr> items, bool wide = false)
         {
             IntPtr list = IntPtr.Zero;
-            var make = (delegate* unmanaged<int, IntPtr*, IntPtr*>)Slot(GroupContainers, 8);
-            IntPtr* slots = make(items.Count, &list);
+            IntPtr* slots = wide
+                ? ((delegate* unmanaged<long, IntPtr*, IntPtr*>)Slot(GroupContainers, 9))(items.Count, &list)
+                : ((delegate* unmanaged<int, IntPtr*, IntPtr*>)Slot(GroupContainers, 8))(items.Count, &list);
             if (list == IntPtr.Zero) throw PythonException.CatchAndClear();
             var store = (delegate* unmanaged<IntPtr*, int, IntPtr, int>)Slot(GroupLists, 7);
             for (int i = 0; i < items.Count; i++) store(slots, i, items[i]);
@@ -185,70 +166,35 @@ namespace Orvane.PyFigura.Probe
         }
 
         // Reads element `index` through generic cell `position` (the sequence half from 18 on) and makes it a Python
-        // value again; status -99 when the cell holds no reader.
+        // value again. Byte-array elements cross in test_strings_and_buffers.
         private static IntPtr ReadGeneric(int position, IntPtr target, int index, long* status)
         {
-            IntPtr reader = *(IntPtr*)GenericCells[position];
-            if (reader == IntPtr.Zero)
-            {
-                *status = -99;
-                return IntPtr.Zero;
-            }
+            IntPtr reader = *(IntPtr*)GenericCells[position], held = IntPtr.Zero;
             int kind = position % GenericKinds;
-            bool sequence = position >= GenericKinds;
-            IntPtr held = IntPtr.Zero;
-            try
-            {
-                return kind == 0 ? ReadGenericBytes(reader, sequence, target, index, &held, status)
-                                 : ReadGenericValue(reader, kind, sequence, target, index, &held, status);
-            }
-            finally
-            {
-                NativeCallbacks.DecRef(held);
-            }
-        }
-
-        private static IntPtr ReadGenericValue(IntPtr reader, int kind, bool sequence, IntPtr target, int index,
-                                               IntPtr* held, long* status)
-        {
             byte* output = stackalloc byte[16];
             if (kind == 17) ((StringArg*)output)->Length = -1;
-            *status = sequence
-                ? ((delegate* unmanaged<IntPtr, int, IntPtr*, void*, int>)reader)(target, index, held, output)
-                : ((delegate* unmanaged<IntPtr, int, void*, int>)reader)(target, index, output);
-            if (*status != 0) return IntPtr.Zero;
-            switch (kind)
-            {
-                case 1:
-                    var range = (System.Drawing.CharacterRange)InstanceHandles.Get(((InstanceArg*)output)->Handle);
-                    return NativeCallbacks.PyString(range.First + "," + range.Length);
-                case 12: return ObjectResults.From(*(short*)output);
-                case 13: return ObjectResults.From(*(int*)output);
-                case 14: return ObjectResults.From(*(long*)output);
-                case 15: return ObjectResults.From(*(float*)output);
-                case 17: return NativeCallbacks.PyStringOrNone(((StringArg*)output)->ToManaged());
-                default: return ObjectResults.From(InstanceHandles.Get(*(IntPtr*)output));  // a class handle
-            }
-        }
-
-        // Byte arrays are leased through a buffer record of the buffers rows.
-        private static IntPtr ReadGenericBytes(IntPtr reader, bool sequence, IntPtr target, int index, IntPtr* held,
-                                               long* status)
-        {
-            byte* record = stackalloc byte[((delegate* unmanaged<int>)Slot(GroupBuffers, 0))()];
-            ((delegate* unmanaged<byte*, void>)Slot(GroupBuffers, 1))(record);
-            BufferArg arg = new BufferArg { Length = -1 };
             try
             {
-                *status = sequence
-                    ? ((delegate* unmanaged<IntPtr, int, IntPtr*, byte*, BufferArg*, int>)reader)(target, index, held,
-                                                                                                  record, &arg)
-                    : ((delegate* unmanaged<IntPtr, int, byte*, BufferArg*, int>)reader)(target, index, record, &arg);
-                return *status == 0 ? ObjectResults.PyBytes(arg.ToArray()) : IntPtr.Zero;
+                *status = position >= GenericKinds
+                    ? ((delegate* unmanaged<IntPtr, int, IntPtr*, void*, int>)reader)(target, index, &held, output)
+                    : ((delegate* unmanaged<IntPtr, int, void*, int>)reader)(target, index, output);
+                if (*status != 0) return IntPtr.Zero;
+                switch (kind)
+                {
+                    case 1:
+                        var range = (System.Drawing.CharacterRange)InstanceHandles.Get(((InstanceArg*)output)->Handle);
+                        return NativeCallbacks.PyString(range.First + "," + range.Length);
+                    case 12: return ObjectResults.From(*(short*)output);
+                    case 13: return ObjectResults.From(*(int*)output);
+                    case 14: return ObjectResults.From(*(long*)output);
+                    case 15: return ObjectResults.From(*(float*)output);
+                    case 17: return NativeCallbacks.PyStringOrNone(((StringArg*)output)->ToManaged());
+                    default: return ObjectResults.From(InstanceHandles.Get(*(IntPtr*)output));  // a class handle
+                }
             }
             finally
             {
-                if (arg.Acquired != 0) ((delegate* unmanaged<byte*, void>)Slot(GroupBuffers, 3))(record);
+                NativeCallbacks.DecRef(held);  // the record may point into the item until here
             }
         }
 

@@ -59,9 +59,7 @@ namespace Orvane.PyFigura.Probe
             public Names(params string[] names) => InnerList.AddRange(names);
         }
 
-        private sealed class Bag : CollectionBase
-        {
-        }
+        private sealed class Bag : CollectionBase { }
 
         // Yields 1, then fails.
         private sealed class Failing : IEnumerable
