@@ -1,8 +1,4 @@
-"""Shared test set-up: paths of the build tree and a runner for fresh interpreter processes.
-
-Start-up behaviour (tracing, failing imports, joining a running runtime) happens once per process,
-so those tests run a small script in a new interpreter with the environment they need.
-"""
+"""Shared test set-up: paths of the build tree, and a runner for scripts that need a fresh interpreter."""
 import os
 import subprocess
 import sys
@@ -21,13 +17,8 @@ for path in (PACKAGE_ROOT, PROBES):
         sys.path.insert(0, path)
 
 
-class Run:
-    """Outcome of a script run in a fresh interpreter."""
-
-    def __init__(self, completed):
-        self.returncode = completed.returncode
-        self.stdout = completed.stdout
-        self.stderr = completed.stderr
+class Run(subprocess.CompletedProcess):
+    """Outcome of a script run in a fresh interpreter, shown in full when an assertion fails."""
 
     def __repr__(self):
         return f"<Run rc={self.returncode}\n--- stdout\n{self.stdout}\n--- stderr\n{self.stderr}>"
@@ -42,9 +33,8 @@ def _clean_environment(extra):
 
 
 def run_python(code, env=None, timeout=120):
-    completed = subprocess.run([PYTHON, "-c", code], capture_output=True, timeout=timeout,
-                               env=_clean_environment(env or {}))
-    return Run(completed)
+    done = subprocess.run([PYTHON, "-c", code], capture_output=True, timeout=timeout, env=_clean_environment(env or {}))
+    return Run(done.args, done.returncode, done.stdout, done.stderr)
 
 
 @pytest.fixture

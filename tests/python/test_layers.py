@@ -1,8 +1,9 @@
 """The source folders form one order of layers: a file includes only its own folder and the folders below it."""
 import os
 import re
+from pathlib import Path
 
-SRC = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "src")
+SRC = Path(__file__).resolve().parents[2] / "src"
 ORDER = ["common", "host", "marshal", "bridge", "values", "interop", "enums", "module"]
 INCLUDE = re.compile(r'^#include "([a-z_]+/|generated_[a-z_]+)', re.M)
 # Generated headers: the wire records and callback positions are ground; the generated classes sit on top.
@@ -16,10 +17,8 @@ FUNCTION_STATIC = re.compile(
 
 def sources():
     """(layer, file name, text) of every source file."""
-    for folder, _, names in os.walk(SRC):
-        for name in names:
-            with open(os.path.join(folder, name), encoding="utf-8") as source:
-                yield os.path.relpath(folder, SRC).split(os.sep)[0], name, source.read()
+    for path in sorted(p for p in SRC.rglob("*") if p.is_file()):
+        yield path.relative_to(SRC).parts[0], path.name, path.read_text(encoding="utf-8")
 
 
 def test_includes_go_down_the_layers_only():
@@ -34,8 +33,7 @@ def test_includes_go_down_the_layers_only():
 
 
 def test_process_wide_state_is_all_listed_in_one_place():
-    with open(os.path.join(SRC, "common", "process_state.h"), encoding="utf-8") as listing:
-        listed = set(re.findall(r"\w+", listing.read()))
+    listed = set(re.findall(r"\w+", (SRC / "common" / "process_state.h").read_text(encoding="utf-8")))
     unlisted = []
     for _, name, text in sources():
         if name.endswith(".cpp"):

@@ -15,47 +15,32 @@ StreamWrapper = f._wrpgen._interop._StreamWrapper
 
 @pytest.fixture(scope="module")
 def small_png():
-    out = io.BytesIO()
-    f.Bitmap(40, 30).save(out, PNG)
+    f.Bitmap(40, 30).save(out := io.BytesIO(), PNG)
     return out.getvalue()
 
 
-class RawReader(io.RawIOBase):
-    """A forward-only reader over bytes."""
+class Raw(io.BytesIO):
+    """A file that cannot seek and takes at most `most` bytes per write, as raw files may."""
 
-    def __init__(self, data):
-        self._source = io.BytesIO(data)
+    def __init__(self, data=b"", most=7):
+        super().__init__(data)
+        self.most = most
 
-    def readable(self):
-        return True
-
-    def readinto(self, target):
-        return self._source.readinto(target)
-
-
-class Writer(io.RawIOBase):
-    """A raw writer that takes at most `most` bytes per call, as raw files may."""
-
-    def __init__(self, most=7):
-        self.data, self.most = bytearray(), most
-
-    def writable(self):
-        return True
+    def seekable(self):
+        return False
 
     def write(self, data):
-        taken = bytes(data)[:self.most]
-        self.data += taken
-        return len(taken) or None
+        return super().write(bytes(data)[:self.most]) or None
 
 
-def failing(base, method, text, at=1):
-    """A subclass of `base` whose `method` raises OSError(text) on its `at`-th call."""
+def failing(base, method, at=1):
+    """A subclass of `base` whose `method` raises OSError(method) on its `at`-th call."""
     calls = []
 
     def fail(self, *args):
         calls.append(args)
         if len(calls) == at:
-            raise OSError(text)
+            raise OSError(method)
         return getattr(base, method)(self, *args)
     return type("Failing", (base,), {method: fail})
 
@@ -85,20 +70,19 @@ def test_round_trips_through_every_kind_of_python_file(small_png, tmp_path):
     f.Bitmap(12, 8).save(stream := BufferStream(), PNG)
     stream.seek(0)
     assert f.Image.from_stream(stream).height == 8
-    f.Bitmap(RawReader(small_png)).save(writer := Writer(), PNG)  # a writer taking few bytes per call gets them all
-    assert PILImage.open(io.BytesIO(writer.data)).size == (40, 30)
+    f.Bitmap(Raw(small_png)).save(writer := Raw(), PNG)  # a writer taking few bytes per call gets them all
+    assert PILImage.open(io.BytesIO(writer.getvalue())).size == (40, 30)
 
 
 def test_errors_of_the_file_surface_as_themselves_and_leave_nothing_pending(small_png):
     # Read by System.Drawing (forward-only) or called back by libgdiplus (seekable), the file's exception comes back.
     f.Bitmap(5, 5).save(tiff := io.BytesIO(), f.imaging.ImageFormat.tiff)
-    writer = failing(Writer, "write", "disk on fire")()
+    writer = failing(Raw, "write")()
     before = sys.getrefcount(writer)
-    for call, text in ((lambda: f.Bitmap(failing(RawReader, "readinto", "cannot read")(small_png)), "cannot read"),
-                       (lambda: f.Bitmap(failing(io.BytesIO, "readinto", "cannot read")(small_png)), "cannot read"),
-                       (lambda: f.Image.from_stream(failing(io.BytesIO, "seek", "third seek", 3)(tiff.getvalue())),
-                        "third seek"),
-                       (lambda: f.Bitmap(4, 4).save(writer, PNG), "disk on fire")):
+    for call, text in ((lambda: f.Bitmap(failing(Raw, "readinto")(small_png)), "readinto"),
+                       (lambda: f.Bitmap(failing(io.BytesIO, "readinto")(small_png)), "readinto"),
+                       (lambda: f.Image.from_stream(failing(io.BytesIO, "seek", 3)(tiff.getvalue())), "seek"),
+                       (lambda: f.Bitmap(4, 4).save(writer, PNG), "write")):
         with pytest.raises(OSError, match=f"^{text}$") as caught:
             call()
         assert caught.traceback[-1].name == "fail" and f.Bitmap(2, 2).width == 2
@@ -106,7 +90,7 @@ def test_errors_of_the_file_surface_as_themselves_and_leave_nothing_pending(smal
     assert sys.getrefcount(writer) == before  # a failed call keeps no reference
     closed = io.BytesIO(small_png)
     closed.close()
-    raises_each([(lambda: f.Bitmap(4, 4).save(Writer(most=0), PNG), RuntimeError,
+    raises_each([(lambda: f.Bitmap(4, 4).save(Raw(most=0), PNG), RuntimeError,
                   r"Proxy error\(System\.IO\.IOException\): the Python file reported writing 0 of \d+ bytes")] + [
         (call, RuntimeError, r"ObjectDisposedException\): Cannot access a closed file\.")
         for call in (lambda: f.Bitmap(closed), lambda: f.Bitmap(4, 4).save(closed, PNG))])
@@ -118,21 +102,18 @@ def test_file_is_borrowed_for_the_call_only_and_views_kept_past_it_hold_a_copy(s
     f.Bitmap(source).save(target, PNG)
     assert (sys.getrefcount(source), sys.getrefcount(target)) == before
 
-    class Keeper(io.BytesIO):
-        kept = []
+    kept = []  # every buffer lent to a file, and a view of it
 
-        def readinto(self, b):
-            self.kept.append((b, memoryview(b)))
-            return super().readinto(b)
-
-        def write(self, b):
-            self.kept.append((b, memoryview(b)))
-            return super().write(b)
-
+    def keeping(method):
+        def keep(self, b):
+            kept.append((b, memoryview(b)))
+            return getattr(io.BytesIO, method)(self, b)
+        return keep
+    keeper = type("Keeper", (io.BytesIO,), {"readinto": keeping("readinto"), "write": keeping("write")})
     for _ in range(200):  # freed native buffers would be reused and overwritten by now
-        f.Bitmap(Keeper(small_png)).save(Keeper(), PNG)
-    assert len(Keeper.kept) > 400
-    for lent, view in Keeper.kept:
+        f.Bitmap(keeper(small_png)).save(keeper(), PNG)
+    assert len(kept) > 400
+    for lent, view in kept:
         if not view.readonly:
             view[:] = b"\xff" * len(view)  # lands in the kept copy, not in freed memory
         with pytest.raises(BufferError, match="no longer valid after the call"):
@@ -155,40 +136,33 @@ def test_stream_wrapper_checks_arguments_and_closing_natively():  # on an empty 
                  (lambda: stream.seek(-1), ValueError, "negative seek value -1")])  # argument checks still come first
 
 
-def test_buffer_stream_reads_writes_positions_truncates_lends_and_closes():
-    stream = BufferStream(source := bytearray(b"hello "))  # read and written from the start
-    source[0] = ord("j")  # the stream holds a copy
-    assert isinstance(stream, io.RawIOBase) and stream.readable() and stream.writable() and stream.seekable()
-    stream.seek(0, io.SEEK_END)
-    assert stream.write(memoryview(b"world")) == 5 and stream.tell() == 11
-    stream.seek(0)
-    assert (stream.read(5), stream.tell(), stream.read(), stream.read(), stream.tell()) == (
-        b"hello", 5, b" world", b"", 11)
-    stream.seek(3)
-    stream.write(b"ab")  # overwrites in the middle, keeps the rest
-    assert stream.getvalue() == b"helab world" and stream.tell() == 5
-    assert [stream.seek(o, w) for o, w in [(2, io.SEEK_SET), (3, io.SEEK_CUR), (-1, io.SEEK_END), (2, io.SEEK_END)]
-            ] == [2, 5, 10, 13]
-    stream.write(b"z")  # past the end: the gap is zeros
-    assert stream.getvalue() == b"helab world\x00\x00z"
-    stream.seek(20)
-    assert stream.read() == b"" and stream.tell() == 20 and stream.readinto(bytearray(2)) == 0
-    stream.seek(1)
-    assert stream.readinto(words := array.array("H", [0])) == 2 and words.tobytes() == b"el"
-    raises_each([(lambda: stream.seek(-15, io.SEEK_END), ValueError, "negative seek value -1"),
-                 (lambda: stream.seek(-15, 3), ValueError, "invalid whence")])
-    stream = BufferStream(b"0123456789")
-    stream.seek(4)
-    assert stream.truncate() == 4 and stream.getvalue() == b"0123" and stream.tell() == 4
+# Run on a BufferStream and on io.BytesIO, each step gives the same value or the same error.
+STEPS = ("s.readable(); s.writable(); s.seekable(); s.seek(0, 2); s.write(memoryview(b'world')); s.tell(); s.seek(0); "
+         "s.read(5); s.tell(); s.read(); s.read(); s.tell(); s.seek(3); s.write(b'ab'); s.getvalue(); s.tell(); "
+         "s.seek(3, 1); s.seek(-1, 2); s.seek(2, 2); s.write(b'z'); s.getvalue(); s.seek(20); s.read(); s.tell(); "
+         "s.readinto(bytearray(2)); s.seek(1); s.readinto(w := array.array('H', [0])); w.tobytes(); s.seek(-1); "
+         "s.seek(0, 3); s.seek(4); s.truncate(); s.getvalue(); s.tell(); (v := s.getbuffer()).__setitem__(0, 88); "
+         "s.write(b'longer than the rest'); v.release(); s.write(b'!'); s.getvalue(); s.close(); s.read()").split("; ")
+
+
+def outcomes(stream):
+    space = {"s": stream, "array": array}
+    for step in STEPS:
+        try:
+            yield step, eval(step, space)
+        except (ValueError, BufferError) as error:
+            yield step, (type(error), str(error))
+
+
+def test_buffer_stream_behaves_as_bytes_io_but_refuses_a_negative_end_seek_and_grows_on_truncate():
+    source = bytearray(b"hello ")
+    ours, reference = BufferStream(source), io.BytesIO(source)
+    source[0] = ord("j")  # both hold a copy
+    assert list(outcomes(ours)) == list(outcomes(reference))
+    stream = BufferStream(b"0123")
+    with pytest.raises(ValueError, match="^negative seek value -1$"):  # BytesIO would stop at 0
+        stream.seek(-5, io.SEEK_END)
     assert stream.truncate(6) == 6 and stream.getvalue() == b"0123\x00\x00"
-    view = stream.getbuffer()  # lends the contents; no resizing meanwhile
-    view[0] = ord("X")
-    with pytest.raises(BufferError):
-        stream.write(b"longer than six")
-    view.release()
-    stream.write(b"!")
-    stream.seek(0)
     with stream:
-        assert list(io.BufferedReader(stream)) == [b"X123!\x00"]
-    with pytest.raises(ValueError):
-        stream.read()
+        assert list(io.BufferedReader(stream)) == [b"0123\x00\x00"]
+    assert stream.closed

@@ -2,54 +2,43 @@
 import io
 import threading
 import time
+from concurrent.futures import ThreadPoolExecutor
 
 import numpy as np
 import pytest
 
 import orvane.pyfigura as f
-from orvane.pyfigura import imaging as im
+from orvane.pyfigura import drawing2d, imaging as im
 
 COLORS = [f.Color.from_argb(255, 30 * i, 255 - 30 * i, (70 * i) % 256) for i in range(8)]
 
 
-def band_scene(bitmap, graphics, index, rounds):
-    """What one thread does: fills its own band of the shared picture and checks it, again and again."""
+def band(bitmap, graphics, index, until=0.0):
+    """What one thread does: fills its own band of the shared picture and checks it, again until `until`."""
     brush, pen, own = f.SolidBrush(COLORS[index]), f.Pen(COLORS[index], 3.0), f.Bitmap(64, 64)
-    for _ in range(rounds):
+    while True:
         graphics.fill_rectangle(brush, 0, index * 16, 128, 16)
         graphics.draw_line(pen, 0, index * 16 + 8, 127, index * 16 + 8)
         assert bitmap.get_pixel(5, index * 16 + 2) == COLORS[index]
         with f.Graphics.from_image(own) as g:
             g.fill_ellipse(brush, 0, 0, 64, 64)
-        out = io.BytesIO()
-        own.save(out, im.ImageFormat.png)  # stream callbacks into Python from a released call
+        own.save(out := io.BytesIO(), im.ImageFormat.png)  # stream callbacks into Python from a released call
         assert out.getvalue()[:4] == b"\x89PNG"
         gone = f.SolidBrush(COLORS[index])
         gone.dispose()
         with pytest.raises(RuntimeError, match="ArgumentException"):
             graphics.fill_rectangle(gone, 0, 0, 1, 1)  # the managed error crosses back from a released call
+        if time.monotonic() > until:
+            return
 
 
-def scene(threads, seconds=3.0):
+def scene(threads):
     bitmap = f.Bitmap(128, 128)
-    graphics, errors, stop = f.Graphics.from_image(bitmap), [], time.monotonic() + seconds
-
-    def worker(index):
-        try:
-            while time.monotonic() <= stop:
-                band_scene(bitmap, graphics, index, 3)
-        except BaseException as error:  # reported below, not lost in the thread
-            errors.append(error)
-
-    pool = [threading.Thread(target=worker, args=(i,)) for i in range(8 if threads else 0)]
-    for t in pool:
-        t.start()
-    for t in pool:
-        t.join(60)
-        assert not t.is_alive(), "a drawing thread hung"
+    graphics, until = f.Graphics.from_image(bitmap), time.monotonic() + 3
+    with ThreadPoolExecutor(8) as pool:  # an error in a thread is raised here; a hung thread times out
+        list(pool.map(lambda i: band(bitmap, graphics, i, until), range(8 if threads else 0), timeout=60))
     for i in range(0 if threads else 8):  # the same bands, one after the other
-        band_scene(bitmap, graphics, i, 1)
-    assert errors == []
+        band(bitmap, graphics, i)
     graphics.dispose()
     return bitmap.to_array()
 
@@ -67,34 +56,23 @@ def test_a_call_on_an_object_waits_for_the_released_call_using_it():
             go_on.wait(10)  # the save holds the bitmap until this returns
             return super().write(data)
 
-    out, results = SlowFile(), []
-    graphics, brush = f.Graphics.from_image(bitmap), f.SolidBrush(f.Color.red)
-    saver = threading.Thread(target=bitmap.save, args=(out, im.ImageFormat.png))
-    saver.start()
-    assert inside.wait(10)
-
-    def attempt(call):
-        try:
-            results.append(call())
-        except RuntimeError as error:  # the dispose may come first: then the read is refused cleanly
-            results.append(type(error))
-
-    # A draw through a Graphics of the bitmap waits too: the graphics has the bitmap as its partner.
-    others = [threading.Thread(target=attempt, args=(call,)) for call in (
-        lambda: graphics.fill_rectangle(brush, 0, 0, 1, 1), lambda: bitmap.get_pixel(0, 0), bitmap.dispose)]
-    for t in others:
-        t.start()
-    others[0].join(0.3)
-    assert all(t.is_alive() for t in others) and results == []  # all wait for the save to end
-    go_on.set()
-    for t in [saver] + others:
-        t.join(10)
-        assert not t.is_alive()
-    assert len(results) == 3 and f.Image.from_stream(io.BytesIO(out.getvalue())).width == 200
+    out, graphics, brush = SlowFile(), f.Graphics.from_image(bitmap), f.SolidBrush(f.Color.red)
+    with ThreadPoolExecutor(4) as pool:
+        saving = pool.submit(bitmap.save, out, im.ImageFormat.png)
+        assert inside.wait(10)
+        # A draw through a Graphics of the bitmap waits too: the graphics has the bitmap as its partner.
+        others = [pool.submit(call) for call in (lambda: graphics.fill_rectangle(brush, 0, 0, 1, 1),
+                                                  lambda: bitmap.get_pixel(0, 0), bitmap.dispose)]
+        time.sleep(0.3)
+        assert not any(other.done() for other in others)  # all wait for the save to end
+        go_on.set()
+        assert saving.result(10) is None
+        # the dispose may come first: then the other calls are refused cleanly
+        assert all(isinstance(other.exception(10), (type(None), RuntimeError)) for other in others)
+    assert f.Image.from_stream(io.BytesIO(out.getvalue())).width == 200
 
 
 def test_a_nested_call_on_the_same_object_does_not_end_the_outer_ones_hold():
-    from orvane.pyfigura import drawing2d
     path, tried, seen = drawing2d.GraphicsPath(), threading.Event(), []
     path.add_line(0, 0, 1, 1)
     other = threading.Thread(target=lambda: (tried.wait(10), path.add_line(2, 2, 3, 3), seen.append("other")))
@@ -121,8 +99,7 @@ def test_a_graphics_keeps_its_image_alive_and_goes_with_it():
     graphics, brush = f.Graphics.from_image(f.Bitmap(32, 32)), f.SolidBrush(f.Color.red)
     f._wrpgen._interop._collect_managed()  # runs managed finalizers: an unreferenced image would go
     graphics.fill_rectangle(brush, 0, 0, 32, 32)  # the image is still there
-    bitmap = f.Bitmap(32, 32)
-    drawing = f.Graphics.from_image(bitmap)
+    drawing = f.Graphics.from_image(bitmap := f.Bitmap(32, 32))
     bitmap.dispose()  # libgdiplus frees the pixels: the graphics is disposed first, not left to draw into them
     with pytest.raises(RuntimeError, match="ArgumentException"):
         drawing.fill_rectangle(brush, 0, 0, 32, 32)

@@ -1,16 +1,10 @@
-"""Wrapper objects on the real runtime: repr, hash and equality through managed code, `with`, result types, handles."""
-import ast
-import os
+"""Wrapper objects on the real runtime: repr, hash and equality through managed code, `with`, result types."""
 import sys
 
 import pytest
 
 import orvane.pyfigura as f
 from orvane.pyfigura import drawing2d
-from conftest import TEST_ASSETS
-
-DISPOSED = r"^Proxy error\(System.ArgumentException\)"
-
 
 def empty(cls):
     return cls.__new__(cls)
@@ -23,39 +17,27 @@ def holding(value):
     return holder
 
 
-def test_repr_and_hash_come_from_the_managed_object():
-    sf = f.StringFormat()
-    assert repr(sf) == str(sf) == "[StringFormat, FormatFlags=0]"
-    sf.format_flags = 4
-    assert repr(sf) == "[StringFormat, FormatFlags=FitBlackBox]"
-    assert repr(f.Bitmap(2, 2)) == "System.Drawing.Bitmap"  # no ToString override: the managed type name
-    assert hash(f.Font("DejaVu Sans", 12)) == hash(f.Font("DejaVu Sans", 12))  # equal by value
-    assert hash(holding(sf).tag) == hash(sf)  # two wrappers of one managed object
-    assert len({hash(f.StringFormat()) for _ in range(20)}) > 1  # identity hashes
-    assert hash(empty(f.StringFormat)) == 0
-    sf.dispose()
-    with pytest.raises(RuntimeError, match=DISPOSED):  # ToString of a disposed StringFormat reads released state
-        repr(sf)
-
-
-def test_equality_asks_the_managed_side_unless_the_handles_match():
-    a, b, c = f.Font("DejaVu Sans", 12), f.Font("DejaVu Sans", 12), f.Font("DejaVu Sans", 13)
-    assert a == b and not (a != b) and a != c and not (a == c)
+def test_repr_hash_and_equality_come_from_the_managed_object_unless_the_handles_match():
     s, t = f.StringFormat(), f.StringFormat()
+    assert repr(s) == str(s) == "[StringFormat, FormatFlags=0]"
+    s.format_flags = 4
+    assert repr(s) == "[StringFormat, FormatFlags=FitBlackBox]"
+    assert repr(f.Bitmap(2, 2)) == "System.Drawing.Bitmap"  # no ToString override: the managed type name
+    a, b, c = f.Font("DejaVu Sans", 12), f.Font("DejaVu Sans", 12), f.Font("DejaVu Sans", 13)
+    assert hash(a) == hash(b) and a == b and not (a != b) and a != c and not (a == c)  # equal by value
     assert s == s and not (s != s) and s != t and not (s == t)  # no Equals override: identity
-    assert holding(s).tag == s
-    assert empty(f.StringFormat) == empty(f.StringFormat) and empty(f.StringFormat) != s
+    assert holding(s).tag == s and hash(holding(s).tag) == hash(s)  # two wrappers of one managed object
+    assert len({hash(f.StringFormat()) for _ in range(20)}) > 1  # identity hashes
+    assert hash(empty(f.StringFormat)) == 0 and empty(f.StringFormat) == empty(f.StringFormat) != s
     assert (s == 3, s == None, s != "x") == (False, False, True)  # noqa: E711
     with pytest.raises(TypeError, match="not supported between instances of"):
         s <= t
-
-    class Shifty:
-        @property
-        def __class__(self):
-            raise LookupError("no class today")
-
-    with pytest.raises(LookupError, match="no class today"):  # a failing instance check is not taken for a match
-        f.Bitmap(1, 1) == Shifty()
+    shifty = type("Shifty", (), {"__class__": property(lambda self: 1 / 0)})()
+    with pytest.raises(ZeroDivisionError):  # a failing instance check is not taken for a match
+        f.Bitmap(1, 1) == shifty
+    s.dispose()
+    with pytest.raises(RuntimeError, match=r"^Proxy error\(System.ArgumentException\)"):  # reads released state
+        repr(s)
 
 
 def test_with_returns_the_object_disposes_on_leaving_and_lets_exceptions_through():
@@ -65,8 +47,6 @@ def test_with_returns_the_object_disposes_on_leaving_and_lets_exceptions_through
         assert inside is sf
     del inside
     assert sys.getrefcount(sf) == before  # __enter__ gave a new reference, which `with` dropped
-    with pytest.raises(RuntimeError, match=DISPOSED):
-        sf.format_flags
     with pytest.raises(KeyError, match="inner"):
         with f.Bitmap(3, 3) as b:
             raise KeyError("inner")
@@ -108,57 +88,3 @@ def test_object_results_come_back_as_their_registered_type(tmp_path):
         assert type(holding(value).tag) is cls  # a nested managed type is registered under its name with '+'
     with pytest.raises(TypeError, match="^unknown variant type$"):  # an empty wrapper holds no object
         holding(empty(f.SolidBrush))
-
-
-CHILD = """
-import contextlib, gc, orvane.pyfigura as f, host_probe, collection_probe as cp
-out, live = {}, host_probe.live_handles
-start = live()
-objs = [f.StringFormat() for _ in range(500)]
-out["made"] = live() - start
-del objs
-out["dropped"] = live() - start
-with f.Bitmap(4, 4) as b:
-    pass
-out["after-with"] = live() - start  # __exit__ disposes but keeps the handle
-del b
-out["after-del"] = live() - start
-for args in [()] * 50 + [("no-such-file.png",)] * 50:
-    with contextlib.suppress(TypeError, RuntimeError):
-        f.Bitmap(*args)
-f.StringFormat.__new__(f.StringFormat)
-out["failed-ctors"] = live() - start
-holder = f.Bitmap(2, 2)
-holder.tag = f.StringFormat()
-results = [holder.tag for _ in range(100)] + [holder.clone() for _ in range(10)]
-out["results"] = live() - start  # the holder and one per result; the tag is kept by the managed side alone
-del results, holder
-gc.collect()
-out["end"] = live() - start
-# The disposable protocol on an interop wrapper: cp.log tells how often the managed object was disposed.
-d = cp.make("disposable", f._wrpgen._interop._IDisposableWrapper)
-with d as entered:
-    inside = cp.log(d)
-out["with"] = (entered is d, inside, cp.log(d))
-try:
-    with d:
-        raise KeyError("body")
-except KeyError as e:
-    out["body-raises"] = (str(e), cp.log(d))
-out["exit-any-arguments"] = (d.__exit__(), d.__exit__(None, None, None, "any", "thing"), cp.log(d))
-try:
-    cp.make("disposable-failing", type(d)).__exit__(KeyError, None, None)
-except RuntimeError as e:
-    out["dispose-fails"] = str(e).split(":")[0]
-print(repr(out))
-"""
-
-
-def test_handles_and_disposal_in_a_fresh_process(fresh_python):
-    run = fresh_python(CHILD, env={"NETCORE_WRAPPER_ASSEMBLY_DIR_orvane": os.path.join(TEST_ASSETS, "assemblies")})
-    assert run.returncode == 0, run
-    assert ast.literal_eval(run.stdout.decode().splitlines()[-1]) == {
-        "made": 500, "dropped": 0, "after-with": 1, "after-del": 0, "failed-ctors": 0, "results": 1 + 100 + 10,
-        "end": 0, "with": (True, "disposed 0", "disposed 1"), "body-raises": ("'body'", "disposed 2"),
-        "exit-any-arguments": (None, None, "disposed 4"),
-        "dispose-fails": "Proxy error(System.ObjectDisposedException)"}
