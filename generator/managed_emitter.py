@@ -284,7 +284,10 @@ class ManagedEmitter:
     def constructor(self, cls, trial):
         t = cs_type(cls["managed_name"])
         made = "default(" + t + ")" if trial.get("implicit_default") else "new " + t + "({args})"
-        return self.entry(trial["entry"], None, trial["params"], made, ResultForm("IntPtr", None, "InstanceHandles.Alloc({0})"))
+        alloc = "InstanceHandles.Alloc({0})"
+        if trial.get("image_size"):  # the new image's size is in its arguments: no native query for it
+            alloc = "InstanceHandles.AllocImage({0}, " + ", ".join(trial["image_size"]) + ")"
+        return self.entry(trial["entry"], None, trial["params"], made, ResultForm("IntPtr", None, alloc))
 
     def call(self, cls, trial, form):
         result = self.result_form(trial["result"], trial.get("result_clr"))

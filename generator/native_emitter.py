@@ -111,6 +111,16 @@ class ClassEmitter:
         return kw_array, (f"PyArg_ParseTupleAndKeywords(args, kwargs, {c_string(fmt)}, "
                           f"const_cast<char**>(kw){unit_args})")
 
+    @staticmethod
+    def release_condition(params, rule):
+        """Only large work pays for giving up the lock: {"area_at_least": N, "of": [width, height]} (by
+        default the first two parameters) is the C++ test that their product reaches N."""
+        names = rule.get("of") or [p["name"] for p in params[:2]]
+        index = [next(i for i, p in enumerate(params) if p["name"] == n) for n in names]
+        real = any(params[i]["type"] in ("Single", "Double") for i in index)
+        wide = "double" if real else "int64_t"
+        return f"static_cast<{wide}>(a{index[0]}) * a{index[1]} >= {rule['area_at_least']}"
+
     def call_and_wrap(self, trial, self_arg, result_spelling, result_clr, indent, failure="nullptr",
                       constructor=False):
         """Statements that call the trial's entry and return the wrapped result."""
@@ -148,16 +158,22 @@ class ClassEmitter:
             # Heavy managed work runs without the interpreter lock, its objects marked in use.
             owner = "self" if self_arg and not constructor else "nullptr"
             span = f"ReleasedCall released({owner}, args, kwargs);"
-            when = trial["releases_gil"] if isinstance(trial["releases_gil"], dict) else None
+            if isinstance(trial["releases_gil"], dict):
+                when = self.release_condition(trial["params"], trial["releases_gil"])
+                if constructor and not any(p["type"] in self.model.class_by_name for p in trial["params"]):
+                    span = None  # a new object and no wrapped argument: nothing to wait for
+                else:  # small work keeps the lock but still waits for the objects it touches
+                    span = f"ReleasedCall released({owner}, args, kwargs, {when});"
+
+        def released_statement(statement):
+            if span is None:
+                return [f"{pad}if ({when}) {{ ReleasedCall released(nullptr, args, kwargs); {statement} }}",
+                        f"{pad}else {statement}"]
+            return [f"{pad}{{ {span} {statement} }}"]
         if constructor:
             if released:
                 lines.append(f"{pad}InstanceHandle made{{}};")
-                if when:
-                    # Only large work pays for giving up the lock: {"area_at_least": N} over the first two parameters.
-                    lines.append(f"{pad}if (static_cast<int64_t>(a0) * a1 >= {when['area_at_least']}) {{ {span} made = {call}; }}")
-                    lines.append(f"{pad}else made = {call};")
-                else:
-                    lines.append(f"{pad}{{ {span} made = {call}; }}")
+                lines += released_statement(f"made = {call};")
                 call = "made"
             lines.append(f"{pad}reinterpret_cast<WrapperObject*>(self)->handle = {call};")
             lines.append(f"{pad}return PyErr_Occurred() ? -1 : 0;")
@@ -168,13 +184,11 @@ class ClassEmitter:
             data = trial["params"][0]["name"]
             lines.append(f"{pad}PyObject* const bits = argument_object(args, kwargs, 0, {c_string(data)});")
             lines.append(f"{pad}if (!locked_bits_may_end(bits)) return {failure};")
-        if released and when:
-            raise ValueError(f"{trial['entry']}: a conditional release is for constructors")
         if ret == "void":
-            lines.append(f"{pad}{{ {span} {call}; }}" if released else f"{pad}{call};")
+            lines += released_statement(f"{call};") if released else [f"{pad}{call};"]
         elif released:
             lines.append(f"{pad}{ret} r{{}};")
-            lines.append(f"{pad}{{ {span} r = {call}; }}")
+            lines += released_statement(f"r = {call};")
         else:
             lines.append(f"{pad}{ret} r = {call};")
         if result.kind == "object":  # a new reference may come back with the error: dropped

@@ -18,6 +18,15 @@ namespace Orvane.WrpGen.Interop
             return GCHandle.ToIntPtr(GCHandle.Alloc(value));
         }
 
+        /// <summary>A new handle for an image made with a known size (width * height pixels).</summary>
+        [MethodImpl(MethodImplOptions.AggressiveInlining)]
+        public static IntPtr AllocImage(System.Drawing.Image image, int width, int height)
+        {
+            NativeMemoryPressure.Track(image, (long)width * height);
+            Interlocked.Increment(ref s_live);
+            return GCHandle.ToIntPtr(GCHandle.Alloc(image));
+        }
+
         /// <summary>The object behind a handle; null for 0.</summary>
         [MethodImpl(MethodImplOptions.AggressiveInlining)]
         public static object Get(IntPtr handle)

@@ -35,6 +35,19 @@ namespace Orvane.WrpGen.Interop
             {
                 return;  // a disposed or broken image holds nothing worth reporting
             }
+            Report(image, bytes);
+        }
+
+        /// <summary>An image whose pixel count the caller knows (a new Bitmap of a given size): no native query.</summary>
+        [MethodImpl(MethodImplOptions.AggressiveInlining)]
+        public static void Track(Image image, long pixels)
+        {
+            if (pixels * 4 >= SmallestReported) Report(image, pixels * 4);
+        }
+
+        [MethodImpl(MethodImplOptions.NoInlining)]
+        private static void Report(Image image, long bytes)
+        {
             if (bytes < SmallestReported || s_tokens.TryGetValue(image, out _)) return;
             var token = new Token(bytes);
             if (!s_tokens.TryAdd(image, token)) token.Release();

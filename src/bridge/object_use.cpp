@@ -58,14 +58,15 @@ void ReleasedCall::add(PyObject* object) {
     for (int i = 0; i < count_; ++i)
         if (objects_[i] == w) return;
     if (count_ == kMaxObjects) {
-        overflow_ = true;
+        keep_lock_ = true;
         return;
     }
     objects_[count_++] = w;
     if (w->partner != nullptr) add(w->partner);
 }
 
-ReleasedCall::ReleasedCall(PyObject* self, PyObject* args, PyObject* kwargs) {
+ReleasedCall::ReleasedCall(PyObject* self, PyObject* args, PyObject* kwargs, bool release)
+    : keep_lock_(!release) {
     add(self);
     if (args != nullptr)
         for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(args); ++i) add(PyTuple_GET_ITEM(args, i));
@@ -89,7 +90,7 @@ ReleasedCall::ReleasedCall(PyObject* self, PyObject* args, PyObject* kwargs) {
         objects_[i]->user = me;
         ++objects_[i]->depth;
     }
-    if (overflow_) return;
+    if (keep_lock_) return;
     previous_ = released_calls::saved_state();
     released_calls::g_active.fetch_add(1, std::memory_order_relaxed);
     state_ = PyEval_SaveThread();
@@ -97,7 +98,7 @@ ReleasedCall::ReleasedCall(PyObject* self, PyObject* args, PyObject* kwargs) {
 }
 
 ReleasedCall::~ReleasedCall() {
-    if (!overflow_) {
+    if (!keep_lock_) {
         PyThreadState* state = released_calls::saved_state();
         released_calls::saved_state() = previous_;
         PyEval_RestoreThread(state);

@@ -48,11 +48,12 @@ private:
 
 // A managed call that runs without the interpreter lock. It first marks in use every wrapper it
 // touches (self, the wrapper arguments, their partners), waiting until all are free at once, so
-// two such calls never hold one object each while waiting for the other's.
+// two such calls never hold one object each while waiting for the other's. With `release` false
+// (work too small to pay for the hand-off) it waits and marks the same way but keeps the lock.
 class ReleasedCall {
 public:
     static constexpr int kMaxObjects = 12;
-    ReleasedCall(PyObject* self, PyObject* args, PyObject* kwargs);
+    ReleasedCall(PyObject* self, PyObject* args, PyObject* kwargs, bool release = true);
     ~ReleasedCall();
     ReleasedCall(const ReleasedCall&) = delete;
     ReleasedCall& operator=(const ReleasedCall&) = delete;
@@ -61,7 +62,7 @@ private:
     void add(PyObject* object);
     WrapperObject* objects_[kMaxObjects] = {};
     int count_ = 0;
-    bool overflow_ = false;  // too many objects to mark: the call keeps the interpreter lock
+    bool keep_lock_ = false;  // small work, or too many objects to mark: the call keeps the lock
     PyThreadState* previous_ = nullptr;
     PyThreadState* state_ = nullptr;
 };

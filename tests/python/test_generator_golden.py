@@ -30,25 +30,29 @@ def value(name, kind, clr, **more):
 
 
 SCALE, RECTANGLE = value("scale", "Single", "Single"), "System.Drawing.Rectangle"
-# A small class: a constructor, an overloaded method (trials told apart by argument kind, one releasing the
-# interpreter lock, a path parameter), a settable and a read-only attribute.
+# A small class: a constructor, an overloaded method (trials told apart by argument kind, calls that give up
+# the interpreter lock always or for a large area only, a path parameter), a settable and a read-only attribute.
 WIDGET = {
     "name": "Widget", "module": "orvane.pyfigura", "qualified_name": "orvane.pyfigura.Widget",
     "managed_name": "System.Drawing.Widget", "entry_class": "WrpNs_System.WrpNs_Drawing.WrpCs_Widget_0000CAFE",
     "shape": "class", "managed_kind": "sealed class", "context_manager": True,  # no base, interfaces or collection
     "constructors": [{"entry": "ctor_000_Widget", "managed_name": ".ctor",
-                      "params": [value("width", "Int32", "Int32")]}],
+                      "releases_gil": {"area_at_least": 1024}, "image_size": ["width", "height"],
+                      "params": [value("width", "Int32", "Int32"), value("height", "Int32", "Int32")]}],
     "methods": [{"name": "paint", "form": "instance", "trials": [
         {"entry": "call_000_Paint", "managed_name": "Paint", "releases_gil": True, "result": "None",
          "result_clr": "System.Void", "params": [value("file_name", "String", "String", path=True), SCALE]},
         {"entry": "call_001_Paint", "managed_name": "Paint", "result": "Rectangle", "result_clr": RECTANGLE,
-         "params": [value("area", "Rectangle", "Drawing.Rectangle"), SCALE]}]}],
+         "params": [value("area", "Rectangle", "Drawing.Rectangle"), SCALE]},
+        {"entry": "call_002_Paint", "managed_name": "Paint", "result": "None", "result_clr": "System.Void",
+         "releases_gil": {"area_at_least": 16, "of": ["width", "height"]},
+         "params": [SCALE, value("width", "Single", "Single"), value("height", "Single", "Single")]}]}],
     "attributes": [
         {"name": "width", "type": "int", "getter": "get_Width", "setter": "set_Width", "clr": "System.Int32"},
         {"name": "tag", "type": "object", "getter": "get_Tag", "setter": None, "clr": "System.String"}],
     "class_attributes": [],
-    "entries": ["ctor_000_Widget", "call_000_Paint", "call_001_Paint", "get_Width", "set_Width", "get_Tag",
-                "btp_IsAssignableTo"],
+    "entries": ["ctor_000_Widget", "call_000_Paint", "call_001_Paint", "call_002_Paint", "get_Width", "set_Width",
+                "get_Tag", "btp_IsAssignableTo"],
 }
 SHADE = {"name": "Shade", "qualified_name": "orvane.pyfigura.Shade", "member_count": 2, "module": "orvane.pyfigura",
          "managed_name": "System.Drawing.Shade", "interop_class": "WrpNs_System.WrpNs_Drawing.WrpCs_Shade_0000BEEF",

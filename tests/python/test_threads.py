@@ -17,8 +17,8 @@ def band(bitmap, graphics, index, until=0.0):
     """What one thread does: fills its own band of the shared picture and checks it, again until `until`."""
     brush, pen, own = f.SolidBrush(COLORS[index]), f.Pen(COLORS[index], 3.0), f.Bitmap(64, 64)
     while True:
-        graphics.fill_rectangle(brush, 0, index * 16, 128, 16)
-        graphics.draw_line(pen, 0, index * 16 + 8, 127, index * 16 + 8)
+        graphics.fill_rectangle(brush, 0, index * 16, 256, 16)  # 64 x 64 in area: released
+        graphics.draw_line(pen, 0, index * 16 + 8, 255, index * 16 + 8)
         assert bitmap.get_pixel(5, index * 16 + 2) == COLORS[index]
         with f.Graphics.from_image(own) as g:
             g.fill_ellipse(brush, 0, 0, 64, 64)
@@ -27,13 +27,13 @@ def band(bitmap, graphics, index, until=0.0):
         gone = f.SolidBrush(COLORS[index])
         gone.dispose()
         with pytest.raises(RuntimeError, match="ArgumentException"):
-            graphics.fill_rectangle(gone, 0, 0, 1, 1)  # the managed error crosses back from a released call
+            graphics.fill_rectangle(gone, 0, 0, 64, 64)  # the managed error crosses back from a released call
         if time.monotonic() > until:
             return
 
 
 def scene(threads):
-    bitmap = f.Bitmap(128, 128)
+    bitmap = f.Bitmap(256, 128)
     graphics, until = f.Graphics.from_image(bitmap), time.monotonic() + 3
     with ThreadPoolExecutor(8) as pool:  # an error in a thread is raised here; a hung thread times out
         list(pool.map(lambda i: band(bitmap, graphics, i, until), range(8 if threads else 0), timeout=60))
@@ -57,11 +57,13 @@ def test_a_call_on_an_object_waits_for_the_released_call_using_it():
             return super().write(data)
 
     out, graphics, brush = SlowFile(), f.Graphics.from_image(bitmap), f.SolidBrush(f.Color.red)
-    with ThreadPoolExecutor(4) as pool:
+    with ThreadPoolExecutor(5) as pool:
         saving = pool.submit(bitmap.save, out, im.ImageFormat.png)
         assert inside.wait(10)
-        # A draw through a Graphics of the bitmap waits too: the graphics has the bitmap as its partner.
-        others = [pool.submit(call) for call in (lambda: graphics.fill_rectangle(brush, 0, 0, 1, 1),
+        # A draw through a Graphics of the bitmap waits too, whether it gives up the lock (64 x 64) or
+        # keeps it (1 x 1): the graphics has the bitmap as its partner.
+        others = [pool.submit(call) for call in (lambda: graphics.fill_rectangle(brush, 0, 0, 64, 64),
+                                                  lambda: graphics.fill_rectangle(brush, 0, 0, 1, 1),
                                                   lambda: bitmap.get_pixel(0, 0), bitmap.dispose)]
         time.sleep(0.3)
         assert not any(other.done() for other in others)  # all wait for the save to end
