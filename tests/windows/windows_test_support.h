@@ -5,14 +5,14 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 namespace windows_test {
 
 inline std::string utf8(const std::wstring& wide) {
-    int size = WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), static_cast<int>(wide.size()), nullptr, 0, nullptr,
-                                   nullptr);
-    std::string out(static_cast<size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), static_cast<int>(wide.size()), &out[0], size, nullptr, nullptr);
+    std::string out(wide.size() * 4, '\0');
+    out.resize(WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), static_cast<int>(wide.size()), &out[0],
+                                   static_cast<int>(out.size()), nullptr, nullptr));
     return out;
 }
 
@@ -26,16 +26,20 @@ inline std::filesystem::path fake_loader() {
     return std::filesystem::path(own_executable()).parent_path() / L"fake" / L"orvane.embed.coreclrwrap.dll";
 }
 
-// A fresh directory under the temporary directory whose name holds non-ASCII letters, so that every
-// path through the host goes the UTF-8 and UTF-16 way; removed with its contents at the end. Files and
-// directories are made below it with their parents.
+// A fresh directory under the temporary directory whose name holds non-ASCII letters, so that every path
+// through the host goes the UTF-8 and UTF-16 way; removed with its contents at the end. Entries ending in a
+// backslash are directories, others empty files; parents are made.
 class TempTree {
 public:
-    explicit TempTree(const wchar_t* tag) {
+    explicit TempTree(const wchar_t* tag, const std::vector<std::wstring>& entries = {}) {
         root_ = std::filesystem::temp_directory_path() /
                 (std::wstring(L"orvane_\u00e9t\u00e9_\u0436_") + tag + L"_" + std::to_wstring(GetCurrentProcessId()));
         std::filesystem::remove_all(root_);
         std::filesystem::create_directories(root_);
+        for (const std::wstring& entry : entries) {
+            std::filesystem::create_directories(entry.back() == L'\\' ? root_ / entry : (root_ / entry).parent_path());
+            if (entry.back() != L'\\') std::ofstream(root_ / entry, std::ios::binary);
+        }
     }
     ~TempTree() {
         std::error_code ignored;
@@ -45,15 +49,7 @@ public:
     TempTree& operator=(const TempTree&) = delete;
 
     std::string root() const { return utf8(root_.wstring()); }
-    void dir(const std::wstring& relative) const { std::filesystem::create_directories(root_ / relative); }
-    void file(const std::wstring& relative) const {
-        std::filesystem::create_directories((root_ / relative).parent_path());
-        std::ofstream(root_ / relative, std::ios::binary);
-    }
-    void copy(const std::filesystem::path& source, const std::wstring& relative) const {
-        file(relative);
-        std::filesystem::copy_file(source, root_ / relative, std::filesystem::copy_options::overwrite_existing);
-    }
+    std::filesystem::path path(const std::wstring& relative) const { return root_ / relative; }
 
 private:
     std::filesystem::path root_;

@@ -11,25 +11,19 @@ namespace {
 FakeWrapState g_state;
 
 void copy_text(char* target, const char* source) {
-    if (source == nullptr) {
-        target[0] = '\0';
-        return;
-    }
-    std::strncpy(target, source, FakeWrapState::kMaxText - 1);
+    std::strncpy(target, source != nullptr ? source : "(null)", FakeWrapState::kMaxText - 1);
     target[FakeWrapState::kMaxText - 1] = '\0';
 }
 
 int32_t result_from_environment(const char* name, int32_t fallback) {
     const char* text = std::getenv(name);
-    if (text == nullptr || *text == '\0') return fallback;
-    return static_cast<int32_t>(std::strtoll(text, nullptr, 0));
+    return text == nullptr || *text == '\0' ? fallback : static_cast<int32_t>(std::strtoll(text, nullptr, 0));
 }
 
 __attribute__((constructor)) void read_results() {
     g_state.load_result = result_from_environment("FAKE_WRAP_LOAD_RESULT", 1);
     g_state.initialize_result = result_from_environment("FAKE_WRAP_INITIALIZE_RESULT", 0);
-    g_state.shutdown_result = result_from_environment("FAKE_WRAP_SHUTDOWN_RESULT", 0);
-    g_state.is_domain_initialized_result = result_from_environment("FAKE_WRAP_DOMAIN_RESULT", 1);
+    g_state.is_domain_initialized_result = 1;
 }
 
 }  // namespace
@@ -39,8 +33,8 @@ extern "C" __attribute__((visibility("default"))) FakeWrapState* fake_wrap_state
 int32_t coreclr_wrap_load(const char16_t* coreclr_path) {
     ++g_state.load_calls;
     int i = 0;
-    if (coreclr_path != nullptr)
-        for (; i < FakeWrapState::kMaxText - 1 && coreclr_path[i] != 0; ++i) g_state.load_path[i] = coreclr_path[i];
+    for (; coreclr_path != nullptr && i < FakeWrapState::kMaxText - 1 && coreclr_path[i] != 0; ++i)
+        g_state.load_path[i] = coreclr_path[i];
     g_state.load_path[i] = 0;
     return g_state.load_result;
 }
@@ -54,7 +48,6 @@ int32_t coreclr_wrap_initialize(const char* executable_path, const char* domain_
     for (int i = 0; i < property_count && i < FakeWrapState::kMaxPairs; ++i) {
         copy_text(g_state.keys[i], keys[i]);
         copy_text(g_state.values[i], values[i]);
-        g_state.value_was_null[i] = values[i] == nullptr;
     }
     return g_state.initialize_result;
 }

@@ -6,16 +6,18 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace test_support {
 
+// Entries are relative to the root: "a/b/" is a directory, "a/b" an empty file; parents are made.
 class TempTree {
 public:
-    TempTree() {
-        const char* tmp = getenv("TMPDIR");
-        std::string pattern = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/orvane_native_XXXXXX";
+    explicit TempTree(const std::vector<std::string>& entries = {}) {
+        std::string pattern = std::filesystem::temp_directory_path().string() + "/orvane_native_XXXXXX";
         if (mkdtemp(&pattern[0]) == nullptr) throw std::runtime_error("mkdtemp failed");
         root_ = pattern;
+        for (const std::string& entry : entries) add(entry);
     }
     TempTree(const TempTree&) = delete;
     TempTree& operator=(const TempTree&) = delete;
@@ -27,25 +29,16 @@ public:
     const std::string& root() const { return root_; }
     std::string path(const std::string& relative) const { return root_ + "/" + relative; }
 
-    // Makes a directory (parents included) below the root and returns its full path.
-    std::string dir(const std::string& relative) const {
-        std::filesystem::create_directories(path(relative));
-        return path(relative);
+    void add(const std::string& entry) const {
+        const std::filesystem::path full = path(entry);
+        std::filesystem::create_directories(entry.back() == '/' ? full : full.parent_path());
+        if (entry.back() != '/' && !std::ofstream(full)) throw std::runtime_error("cannot write " + full.string());
     }
 
-    // Writes a file below the root (making its directory) and returns its full path.
-    std::string file(const std::string& relative, const std::string& content = std::string()) const {
-        std::filesystem::create_directories(std::filesystem::path(path(relative)).parent_path());
-        std::ofstream out(path(relative), std::ios::binary);
-        if (!(out << content)) throw std::runtime_error("cannot write " + path(relative));
-        return path(relative);
-    }
-
-    // Copies an existing file to `relative` below the root and returns the new full path.
-    std::string copy(const std::string& source, const std::string& relative) const {
-        file(relative);
+    // Copies an existing file to `relative` below the root.
+    void copy(const std::string& source, const std::string& relative) const {
+        add(relative);
         std::filesystem::copy_file(source, path(relative), std::filesystem::copy_options::overwrite_existing);
-        return path(relative);
     }
 
 private:
