@@ -1,5 +1,5 @@
-"""Checks of the API description in api/*.json: its totals and the consistency the generators rely on.
-(Types without a parameter or result form, or an array type without an instantiation, already stop the generator.)"""
+"""The consistency of api/*.json that the generators rely on and do not check themselves: module lists and their
+orders, entry tables, trial names and managed types, mirrored colour tables, generic element kinds."""
 import json
 import re
 from pathlib import Path
@@ -23,14 +23,12 @@ ENUMS = load("enums.json")["enums"]
 ENUM_NAMES = {e["managed_name"] for e in ENUMS}
 MODULES = load("modules.json")
 INTEROP = {t["name"] for t in MODULES["wrpgen"]["interop"]["types"]}
-CLR_OF = {"Int32": "System.Int32", "Int16": "System.Int16", "Int64": "System.Int64", "Byte": "System.Byte",
-          "Single": "System.Single", "Double": "System.Double", "bool": "System.Boolean", "String": "System.String",
-          "Guid": "System.Guid", "object": "System.Object", "Stream": "System.IO.Stream", "byte[]": "System.Byte[]"}
+CLR_OF = {**{t: "System." + t for t in ("Int32", "Int16", "Int64", "Byte", "Single", "Double", "String", "Guid")},
+          "bool": "System.Boolean", "object": "System.Object", "Stream": "System.IO.Stream", "byte[]": "System.Byte[]"}
 
 
-def all_trials(owner):
-    yield from ((None, t) for t in owner.get("constructors", []))
-    yield from ((m, t) for m in owner["methods"] for t in m["trials"])
+def all_trials(owner):  # (None, constructor trial) and (method, trial) pairs
+    return [(None, t) for t in owner.get("constructors", [])] + [(m, t) for m in owner["methods"] for t in m["trials"]]
 
 
 def clr_fits(table, clr):
@@ -42,14 +40,11 @@ def clr_fits(table, clr):
     return target is not None and target["managed_name"] == clr
 
 
-def test_totals_and_the_module_lists_in_registration_order():
-    assert (len(CLASSES), len({c["managed_name"] for c in CLASSES}), len(VALUES)) == (90, 90, 7)
-    assert (len(ENUMS), sum(len(e["members"]) for e in ENUMS)) == (59, 951)
+def test_module_lists_in_registration_order():
+    assert len({c["managed_name"] for c in CLASSES}) == len(CLASSES)
     for e in ENUMS:  # by namespace: System.Drawing is the root module, System.Drawing.X its submodule x
         ns = e["managed_name"].rsplit(".", 1)[0]
         assert e["module"] == "orvane.pyfigura" + ("" if ns == "System.Drawing" else "." + ns.split(".")[-1].lower())
-    assert sorted(c["name"] for c in CLASSES if c["shape"] == "static_only") == [
-        "Brushes", "Pens", "SystemBrushes", "SystemColors", "SystemFonts", "SystemIcons", "SystemPens"]
     lists = [MODULES["root"]] + MODULES["submodules"]
     classes = [(n, s["module"]) for s in lists for n in s["classes"]]
     assert sorted(n for n, _ in classes) == sorted(BY_NAME) and all(BY_NAME[n]["module"] == m for n, m in classes)
@@ -58,7 +53,6 @@ def test_totals_and_the_module_lists_in_registration_order():
     assert MODULES["root"]["submodules"] == [s["name"] for s in MODULES["submodules"]]
     ready = MODULES["root"]["ready_order"]
     assert ready[0] == "_IDisposableWrapper" and len(ready) == len(set(ready))
-    assert ready.index("Bitmap") < ready.index("Image")
     assert set(ready[1:]) == set(MODULES["root"]["classes"]) | set(MODULES["root"]["value_types"])
     for s in MODULES["submodules"]:
         used = {i for n in s["classes"] for i in BY_NAME[n]["interfaces"]}
@@ -67,8 +61,7 @@ def test_totals_and_the_module_lists_in_registration_order():
 
 @pytest.mark.parametrize("c", CLASSES, ids=lambda c: c["name"])
 def test_class_entries_and_placement(c):
-    # table order: constructors, the overloads of each method in a row, getter before setter, static accessors,
-    # collection entries, then btp_IsAssignableTo
+    # table order: constructors, method overloads in a row, getter then setter, static accessors, collection entries
     entries = [t["entry"] for t in c["constructors"]]
     entries += [t["entry"] for m in c["methods"] for t in m["trials"] if "owner" not in t and not t.get("shared_entry")]
     entries += [e for a in c["attributes"] for e in (a["getter"], a["setter"]) if e]
@@ -115,17 +108,12 @@ def test_trials_name_their_members_and_managed_types(owner):
                 assert p.get("managed_type") == (clr if clr in ENUM_NAMES else None), p
 
 
-def test_static_member_classes_mirror_their_colour_tables():
+def test_static_member_classes_mirror_their_colour_tables_and_generic_kinds_are_named_once():
     colours = [(a["name"], a["entry"]) for a in VALUE_BY_NAME["Color"]["class_attributes"]]
     system = [a["name"] for a in BY_NAME["SystemColors"]["class_attributes"]]
-    assert (len(colours), colours[0][0], colours[-1][0]) == (141, "transparent", "yellow_green")
-    assert VALUE_BY_NAME["Color"]["entries"][16:] == [entry for _, entry in colours]
+    assert VALUE_BY_NAME["Color"]["entries"][-len(colours):] == [entry for _, entry in colours]
     assert all([(a["name"], a["entry"]) for a in BY_NAME[n]["class_attributes"]] == colours
                for n in ("Brushes", "Pens"))
     assert all([a["name"] for a in BY_NAME[n]["class_attributes"]] == system for n in ("SystemBrushes", "SystemPens"))
-
-
-def test_callback_groups_name_their_rows_once():
-    tables = load("callbacks.json")
-    assert all(len({r["name"] for r in g["rows"]}) == len(g["rows"]) for g in tables["static_groups"])
-    assert len({k["element"] for k in tables["generic_kinds"]}) == len(tables["generic_kinds"]) == 18
+    kinds = [k["element"] for k in load("callbacks.json")["generic_kinds"]]  # found by element: each once
+    assert len(set(kinds)) == len(kinds)

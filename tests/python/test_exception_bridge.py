@@ -1,5 +1,4 @@
-"""Errors across the bridge: proxy errors for managed exceptions, pending Python exceptions turned into text,
-the start-up failure family (texts, codes, chaining), version objects and the version-checked dependency import."""
+"""Errors across the bridge: proxy errors, pending exceptions as text, start-up failures, versions, dependencies."""
 import contextlib
 import decimal
 import operator
@@ -16,16 +15,14 @@ import version_probe
 NOTHING = (-1, None, -7, -7, False)  # what catch_and_clear_error gives when no exception is pending
 
 
-def raised(function, *args, **kwargs):
-    """The exception the call raises, caught: it carries its traceback."""
+def raised(function, *args, **kwargs):  # the exception the call raises, with its traceback
     with pytest.raises(BaseException) as caught:
         function(*args, **kwargs)
     return caught.value
 
 
 @contextlib.contextmanager
-def unraisable_reports():
-    """Collects what reaches sys.unraisablehook inside the block (pytest's own hook is set per call)."""
+def unraisable_reports():  # what reaches sys.unraisablehook inside the block (pytest's own hook is set per call)
     seen = []
     previous, sys.unraisablehook = sys.unraisablehook, seen.append
     try:
@@ -47,11 +44,11 @@ class Unprintable(Exception):
 
 
 def test_proxy_error_texts_replace_a_pending_error_and_take_over_both_references():
-    for type_name, message in [("System.ArgumentException", "bad width"), (None, "bad width"),
-                               ("System.Exception", None), (None, None)]:  # a missing part reads <unknown>
-        error = raised(probe.raise_proxy_error, type_name, message)
+    for name, message in [("System.ArgumentException", "bad width"), (None, "bad width"),
+                          ("System.Exception", None), (None, None)]:  # a missing part reads <unknown>
+        error = raised(probe.raise_proxy_error, name, message)
         assert type(error) is RuntimeError
-        assert str(error) == f"Proxy error({type_name or '<unknown>'}): {message or '<unknown>'}"
+        assert str(error) == f"Proxy error({name or '<unknown>'}): {message or '<unknown>'}"
     assert raised(probe.raise_proxy_error, "T", "m", pending=ValueError("old")).__cause__ is None
     type_name, message = "".join(["Sys", "tem.T"]), "".join(["mes", "sage"])
     before = sys.getrefcount(type_name), sys.getrefcount(message)
@@ -99,15 +96,10 @@ NOT_FOUND = "The module not found or errors occurred while initializing it."
 NO_MODULE = "Unable to import the specified module {}. " + NOT_FOUND
 NO_TYPE = "Unable to import the specified type {} from the module {}. The type not found or errors occurred while " \
           "initializing it."
-INTERNAL = [(probe.raise_module_failure, "Module", -1003, ("orvane.pyfigura.text",)),
-            (probe.raise_module_failure, "Module", -1012, ("orvane.pyfigura", "orvane.pyfigura._C_APIT_Pen")),
-            (probe.raise_type_failure, "Type", -1015, ("orvane.pyfigura.Bitmap",)),
-            (probe.raise_type_failure, "Type", -1020, ("orvane.pyfigura.Color", "RED"))]
+INTERNAL = [(probe.raise_module_failure, "Module", -1012, ("orvane.pyfigura", "orvane.pyfigura._C_APIT_Pen")),
+            (probe.raise_type_failure, "Type", -1015, ("orvane.pyfigura.Bitmap",))]
 FAMILY = [(function, (code, *names), f"{kind} initialization internal error ({code}) <{','.join(names)}>")
           for function, kind, code, names in INTERNAL] + [
-    (probe.raise_load_failure, ("orvane.pyfigura", -1008),
-     "One or more errors occurred while loading the module 'orvane.pyfigura' (-1008)"),
-    (probe.raise_dependency_failure, (DEPENDENCY,), PREFIX + NOT_FOUND),
     (probe.raise_import_failure, ("uuid",), NO_MODULE.format("uuid")),
     (probe.raise_attribute_failure, ("UUID", "uuid"), NO_TYPE.format("UUID", "uuid"))]
 
@@ -122,9 +114,8 @@ def test_family_texts_alone_and_chained_over_a_pending_error(function, args, tex
 
 
 def test_enum_failure_and_chain_and_raise():
-    error = raised(probe.raise_enum_failure, "accessor missing", "orvane.pyfigura.drawing2d.FillMode")
-    assert type(error) is ImportError
-    assert str(error) == "enum type 'orvane.pyfigura.drawing2d.FillMode' is not initialized"
+    error = raised(probe.raise_enum_failure, "accessor missing", "drawing2d.FillMode")
+    assert type(error) is ImportError and str(error) == "enum type 'drawing2d.FillMode' is not initialized"
     assert type(error.__cause__) is TypeError and str(error.__cause__) == "accessor missing"
     assert error.__context__ is error.__cause__
     assert type(raised(probe.raise_enum_failure, "m", "E", pending=ValueError("old")).__cause__) is TypeError
@@ -159,10 +150,9 @@ def test_version_text_read_only_fields_and_fnv1a_hash_and_both_modules_publish_t
     assert hash(make((22, 9, 1, 0), "a")) == hash(make((22, 9, 1, 0), "b"))
     assert hash(make((1, 8, 0, 1217457877))) == -2  # its FNV-1a is 0xFFFFFFFF: the error marker is never returned
     for module in (pyfigura, pygc):  # each has its own static type of the same layout
-        assert repr(module.VERSION) == "<orvane.pyfigura._ModuleVersionType: 22.9.1.0>"
-        assert tuple(getattr(module.VERSION, f) for f in FIELDS) == (22, 9, 1, 0)
-        assert hash(module.VERSION) == 1822599435
-        assert str(module._BACKWARD_COMPATIBILITY_THRESHOLD) == "22.6.0.0"
+        assert (repr(module.VERSION), tuple(getattr(module.VERSION, f) for f in FIELDS), hash(module.VERSION),
+                str(module._BACKWARD_COMPATIBILITY_THRESHOLD)) == (
+            "<orvane.pyfigura._ModuleVersionType: 22.9.1.0>", (22, 9, 1, 0), 1822599435, "22.6.0.0")
 
 
 def test_all_operators_follow_tuple_order_of_the_numbers_and_refuse_other_types():
@@ -173,9 +163,6 @@ def test_all_operators_follow_tuple_order_of_the_numbers_and_refuse_other_types(
             assert op(make(right), make(left)) is op(right, left), (op.__name__, right, left)
     version = make((22, 9, 1, 0))
     assert version.__eq__(1) is NotImplemented and version.__lt__((22, 9, 1, 0)) is NotImplemented
-    assert (version == 1) is False
-    with pytest.raises(TypeError):
-        version < 1
     for reference, found, expected in [((22, 9, 1, 0), (22, 9, 1, 0), 0), ((22, 9, 1, 0), (22, 10, 0, 0), -1),
                                        ((22, 9, 1, 0), (22, 9, 0, 0), 1), ((0, 0, 0, -1), (0, 0, 0, 0), -1)]:
         assert version_probe.compare(reference, make(found)) == expected
@@ -185,8 +172,7 @@ def check():
     return probe.import_versioned_dependency("orvane.pyfigura", DEPENDENCY, (22, 9, 1, 0))
 
 
-def stand_in(monkeypatch, found, threshold):
-    """Installs a stand-in orvane.pygc with the given VERSION and threshold texts (None leaves one out)."""
+def stand_in(monkeypatch, found, threshold):  # a stand-in orvane.pygc with these version texts (None: left out)
     module = types.ModuleType(DEPENDENCY)
     for name, value in (("VERSION", found), ("_BACKWARD_COMPATIBILITY_THRESHOLD", threshold)):
         if value is not None:

@@ -1,6 +1,5 @@
-"""Python's sequence behaviour over managed collections: iteration, the read-only collection protocol,
-the list protocol, the array and array-list wrappers (from the probe assembly), and the surface's collections.
-Each case is an expression run in one fresh interpreter, paired with what it gives or with raises(...)."""
+"""Python's sequence behaviour over managed collections (probe assembly and surface): iteration, read-only and list
+protocols, array wrappers; each case is an expression run in one fresh interpreter, with what it gives or raises."""
 import ast
 import os
 
@@ -45,7 +44,7 @@ x = cp.make("with-null", I._IterableWrapper)
 it, i1, i2 = iter(x), iter(x), iter(x)
 next(i2)
 abc, aba, z = new("abcde"), new("abaca"), new([1, 2])
-s, names = cp.make("set", I._IColWrapper), cp.make("names", I._RoColBaseWrapper)
+s = cp.make("set", I._IColWrapper)
 more, fewer = cp.make("claims-more", I._IColWrapper), cp.make("claims-fewer", I._IColWrapper)
 fixed = cp.make("fixed", I._IListWrapper)
 a = callback_probe.row("wrap_array", None, None, 0)[1]
@@ -53,15 +52,12 @@ al = callback_probe.row("wrap_arrlist", None, None, 0)[1]
 '''
 
 
-class raises(tuple):
-    """The exception type name and its text; a text ending in ... is a prefix."""
-
+class raises(tuple):  # the exception type name and its text; a text ending in ... is a prefix
     def __new__(cls, kind, text="..."):
         return super().__new__(cls, (kind, text))
 
 
-def each(expected, *sources):
-    """Cases of several sources that give the same."""
+def each(expected, *sources):  # cases of several sources that give the same
     return [(source, expected) for source in sources]
 
 
@@ -95,8 +91,6 @@ CASES = [
      [9, 5, ["a", "b"], 7, 5]),
     ("[len(s * 2), s * 0, s * -3, sorted(2 * s)]", [6, [], [], [1, 1, 2, 2, 3, 3]]),
     ("(lambda e: [e.copy(), e + [1], e * 5, len(e)])(cp.make('objects', I._IColWrapper))", [[], [1], [], 0]),
-    ("[list(names), len(names), names.count('x'), names.copy(), 'y' in names, names + ['z'], names * 2]",
-     [["x", "y", "x"], 3, 2, ["x", "y", "x"], True, ["x", "y", "x", "z"], ["x", "y", "x", "x", "y", "x"]]),
     *each(raises("TypeError"), "[0] + s", "s[0]", "[0] + z"),
     # an enumerator that gives fewer elements than the length tells shortens a copy; a surplus is an error
     ("[more.copy(), more * 2]", [[0, 1, 2], [0, 1, 2, 0, 1, 2]]),
@@ -201,8 +195,8 @@ def test_probe_case(results, source, expected):
 @pytest.mark.parametrize("cls", [design.CategoryNameCollection, printing.PrinterSettings.StringCollection])
 def test_surface_collections_read_as_lists_and_stay_read_only(cls):
     names = cls(["b", "a", "c", "a"])
-    assert (list(names), len(names), names.length, names.count("a"), "c" in names, "z" in names) == (
-        ["b", "a", "c", "a"], 4, 4, 2, True, False)
+    assert (list(names), names.copy(), len(names), names.length, names.count("a"), "c" in names, "z" in names) == (
+        ["b", "a", "c", "a"], ["b", "a", "c", "a"], 4, 4, 2, True, False)
     assert (names[0], names[-4], names[1:3], names[::-2]) == ("b", "b", ["a", "c"], ["a", "a"])
     assert names + ["d"] == list("bacad") and names * 2 == list("bacabaca")
     for statement, error, text in [("names[4]", IndexError, "^list index out of range$"),

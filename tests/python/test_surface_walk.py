@@ -1,15 +1,10 @@
-"""Surface walk: every described constructor, method trial, attribute and class attribute, called with made arguments.
-
-Each class is walked in a child (surface_fixtures.py), so a crash or hang fails one call and the walk goes on.
-A managed refusal is fine (libgdiplus gaps, no printer); a converter's TypeError, a crash, a hang, any other
-exception or a result of another type than the described one is not.
-"""
+"""Surface walk: every described call with made arguments (a managed refusal is fine; a TypeError, another exception
+or a result not of the described type is not), then with hostile ones (which may raise); a crash or hang fails the call
+(one child per class, surface_fixtures.py)."""
 import collections
 import json
 import os
-import queue
 import subprocess
-import threading
 from concurrent.futures import ThreadPoolExecutor
 
 import pytest
@@ -17,96 +12,74 @@ import pytest
 import surface_fixtures as sf
 from conftest import PACKAGE_ROOT, PROBES, PYTHON
 
-CALL_TIMEOUT = 15.0  # seconds one call may take before it counts as a hang
+CLASS_TIMEOUT = 300  # seconds the walk of one class may take before it counts as a hang
 WORKERS = 4
 
 PLAN = sf.plan()
 CASES = [(owner, call) for owner, (_, calls) in PLAN.items() for call in calls]
-
-
-def line_queue(stream):
-    """A queue of the stream's lines, then None, filled by a daemon thread."""
-    lines = queue.Queue()
-    threading.Thread(target=lambda: [lines.put(line) for line in stream] + [lines.put(None)], daemon=True).start()
-    return lines
+INTERFACES = {c["name"] for _, c in sf.load_description()[0] if c["shape"] == "interface"}  # nothing makes one
 
 
 def walk_class(owner, count, tmp):
     """{index: record} for the calls of one class; after a crash or a hang the walker restarts past that call."""
     env = {k: v for k, v in os.environ.items() if not k.startswith("NETCORE_WRAPPER_")}
-    env["PYTHONPATH"] = os.pathsep.join([PACKAGE_ROOT, PROBES, os.path.dirname(sf.__file__)])
+    env.update(PYTHONPATH=os.pathsep.join([PACKAGE_ROOT, PROBES, os.path.dirname(sf.__file__)]), DISPLAY="")
     records, start = {}, 0
     while start < count:
-        err_path = os.path.join(tmp, f"stderr_{start}.txt")
-        with open(err_path, "wb") as err:
-            proc = subprocess.Popen([PYTHON, sf.__file__, owner, str(start), tmp], stdout=subprocess.PIPE,
-                                    stderr=err, cwd=tmp, env=env)
-        lines, current, started, failure = line_queue(proc.stdout), None, False, None
-        while failure is None:
-            try:
-                line = lines.get(timeout=CALL_TIMEOUT)
-            except queue.Empty:
-                proc.kill()
-                failure = ("hang", f"no answer within {CALL_TIMEOUT} s")
-                continue
-            if line is None:
-                break
+        command = [PYTHON, sf.__file__, owner, str(start), tmp]
+        try:
+            run = subprocess.run(command, capture_output=True, cwd=tmp, env=env, timeout=CLASS_TIMEOUT)
+            out, err, failure = run.stdout, run.stderr, None
+        except subprocess.TimeoutExpired as e:
+            out, err, failure = e.stdout or b"", e.stderr or b"", ("hang", f"no end within {CLASS_TIMEOUT} s")
+        current, started = None, False
+        for line in out.decode(errors="replace").splitlines():
             try:
                 record = json.loads(line)
             except ValueError:
-                continue  # the walker keeps its own stdout for records; anything else is not one
+                continue  # a line cut short
             if "start" in record:
                 current, started = record["start"], True
             else:
                 records[record["index"]], current = record, None
-        rc = proc.wait()
-        if failure is None and (current is not None or rc != 0):
-            failure = ("crash", f"walker exited with {rc}" if started else f"walker failed to start ({rc})")
+        if failure is None and (current is not None or run.returncode != 0):
+            failure = ("crash", f"walker exited with {run.returncode}")
         if failure is None:
             break
-        with open(err_path, errors="replace") as err:
-            output = err.read()[-3000:]
-        # A walker that failed before its first call fails every remaining call with that output.
-        failed = range(start, count) if not started and failure[0] == "crash" else [
-            start if current is None else current]
+        # A walker that crashed before its first call fails every remaining call with that output.
+        failed = [start if current is None else current] if started or failure[0] == "hang" else range(start, count)
         for index in failed:
-            records[index] = {"outcome": failure[0], "message": failure[1], "stderr": output, "index": index}
+            records[index] = {"outcome": failure[0], "message": failure[1], "index": index,
+                              "stderr": err.decode(errors="replace")[-3000:]}
         start = failed[-1] + 1
     return records
 
 
-def walk_all(root):
+@pytest.fixture(scope="module")
+def walk(tmp_path_factory):
     """{call id: record} over the whole surface, WORKERS classes at a time."""
+    tmp = {owner: str(tmp_path_factory.mktemp(owner)) for owner in PLAN}  # here: the factory is not thread-safe
+
     def run(owner):
-        (root / owner).mkdir()
-        return walk_class(owner, len(PLAN[owner][1]), str(root / owner))
+        return walk_class(owner, len(PLAN[owner][1]), tmp[owner])
     with ThreadPoolExecutor(WORKERS) as pool:
         results = dict(zip(PLAN, pool.map(run, PLAN)))
     return {call["id"]: results[owner].get(index, {"outcome": "lost"})
             for owner, (_, calls) in PLAN.items() for index, call in enumerate(calls)}
 
 
-@pytest.fixture(scope="module")
-def walk(tmp_path_factory):
-    return walk_all(tmp_path_factory.mktemp("surface"))
-
-
 def explain(call, record):
-    lines = [f"{call['id']} ({call['kind']}): {record['outcome']}: {record.get('message', '')}"]
-    for key in ("arguments", "problem", "trace", "stderr"):
-        if record.get(key):
-            lines.append(f"{key}: {record[key]}")
-    return "\n".join(lines)
+    details = [f"{key}: {record[key]}" for key in ("arguments", "problem", "trace", "stderr") if record.get(key)]
+    return "\n".join([f"{call['id']} ({call['kind']}): {record['outcome']}: {record.get('message', '')}"] + details)
 
 
 @pytest.mark.parametrize("owner,call", CASES, ids=[call["id"] for _, call in CASES])
 def test_call(walk, owner, call):
     record = walk[call["id"]]
     outcome = record["outcome"]
-    assert outcome not in ("crash", "hang", "lost", "error"), explain(call, record)
     if outcome == "unavailable":
-        assert owner in sf.NO_INSTANCE, explain(call, record)
-        pytest.skip(sf.NO_INSTANCE[owner])
+        assert owner in INTERFACES, explain(call, record)
+        pytest.skip(record["message"])
     if call["unmatched"]:
         assert outcome == "typeerror" and record["message"] == sf.UNMATCHED_TEXT, explain(call, record)
         return
@@ -115,28 +88,18 @@ def test_call(walk, owner, call):
         pytest.skip(f"its arguments are taken by the earlier trial {call['shadowed_by']}")
 
 
-def test_every_described_call_has_an_outcome_and_most_answer(walk):
+def test_most_calls_answer_and_each_is_followed_by_hostile_ones(walk):
     counts = collections.Counter(r["outcome"] for r in walk.values())
-    assert len(walk) == len(CASES) and counts["lost"] == 0
     assert counts["ok"] > 2 * counts["refused"]  # refusals are libgdiplus gaps and the missing printer
+    assert sum(r.get("hostile", 0) for r in walk.values()) > 4 * len(walk)
 
 
-def test_without_a_printer_printing_refuses_with_the_managed_exception():
+def test_without_a_printer_printing_is_refused_with_the_managed_exception(walk):
     from orvane.pyfigura import printing
-    settings = printing.PrinterSettings()
-    if settings.printer_name != "":
+    if printing.PrinterSettings().printer_name != "":
         pytest.skip("this host has a default printer")
-    refused = r"^Proxy error\(System\.Drawing\.Printing\.InvalidPrinterException\)"
-    with pytest.raises(RuntimeError, match=refused + r": No printers are installed\.$"):
-        printing.PrintDocument().print()
-    for name in ("paper_sizes", "paper_sources", "printer_resolutions"):
-        with pytest.raises(RuntimeError, match=refused):
-            getattr(settings, name)
-    assert (settings.is_valid, settings.maximum_copies) == (False, 0)
-    settings.printer_name = "nowhere"
-    assert (settings.printer_name, settings.is_valid) == ("nowhere", False)
-    document = printing.PrintDocument()
-    document.printer_settings = settings
-    with pytest.raises(RuntimeError, match=refused):
-        document.print()
-    assert "printer 'nowhere' are not valid" in repr(printing.InvalidPrinterException(settings))
+    calls = ["PrintDocument.print[call_000_Print]", "PrinterSettings.paper_sizes[get_PaperSizes]",
+             "PrinterSettings.paper_sources[get_PaperSources]",
+             "PrinterSettings.printer_resolutions[get_PrinterResolutions]"]
+    assert {walk[call].get("message") for call in calls} == {
+        "Proxy error(System.Drawing.Printing.InvalidPrinterException): No printers are installed."}

@@ -26,13 +26,6 @@ bool parse_raise(PyObject* args, PyObject* kwargs, const char* format, ...) {
     return parsed;
 }
 
-PyObject* probe_load_failure(PyObject*, PyObject* args, PyObject* kwargs) {
-    const char* module;
-    int code;
-    if (parse_raise(args, kwargs, "si", &module, &code)) raise_load_failure(module, code);
-    return nullptr;
-}
-
 // Module and type failures take one or two names.
 template <void (*One)(int, const char*), void (*Two)(int, const char*, const char*)>
 PyObject* probe_named_failure(PyObject*, PyObject* args, PyObject* kwargs) {
@@ -145,10 +138,8 @@ PyObject* u16_of(const char* data, int32_t size) {
 }
 
 PyMethodDef probe_methods[] = {
-    PROBE_KW("raise_load_failure", probe_load_failure),
     PROBE_KW("raise_module_failure", (probe_named_failure<raise_module_failure, raise_module_failure>)),
     PROBE_KW("raise_type_failure", (probe_named_failure<raise_type_failure, raise_type_failure>)),
-    PROBE_KW("raise_dependency_failure", probe_module_named_failure<raise_dependency_failure>),
     PROBE_KW("raise_import_failure", probe_module_named_failure<raise_import_failure>),
     PROBE_KW("raise_attribute_failure", probe_attribute_failure),
     PROBE_KW("raise_enum_failure", probe_enum_failure),

@@ -29,7 +29,6 @@ namespace Orvane.PyFigura.Probe
             "fixed" => new object[] { "a", "b", "c" },
             "with-null" => new List<object> { "a", null, "b" },
             "unbound-item" => new List<object> { "a", new object() },
-            "names" => new Names("x", "y", "x"),
             "bag" => new Bag(),
             "set" => new HashSet<int> { 1, 2, 3 },
             "failing" => new Failing(),
@@ -52,11 +51,6 @@ namespace Orvane.PyFigura.Probe
             private readonly List<string> _log = new List<string>();
             public string Log => string.Join(";", _log);
             protected override void OnRemove(int index, object value) => _log.Add("remove " + index);
-        }
-
-        private sealed class Names : ReadOnlyCollectionBase
-        {
-            public Names(params string[] names) => InnerList.AddRange(names);
         }
 
         private sealed class Bag : CollectionBase { }
