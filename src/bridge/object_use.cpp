@@ -52,17 +52,18 @@ void wake_waiters() {
 }  // namespace object_use
 
 void ReleasedCall::add(PyObject* object) {
-    int32_t kind;
-    if (object == nullptr || !recognise_by_slot(object, &kind) || kind != kInstanceClass) return;
-    WrapperObject* w = reinterpret_cast<WrapperObject*>(object);
-    for (int i = 0; i < count_; ++i)
-        if (objects_[i] == w) return;
-    if (count_ == kMaxObjects) {
-        keep_lock_ = true;
-        return;
+    // Wrapped class instances only (the test recognise_by_slot makes, inline: most arguments are numbers).
+    while (object != nullptr && Py_TYPE(object)->tp_dealloc == class_dealloc) {
+        WrapperObject* w = reinterpret_cast<WrapperObject*>(object);
+        for (int i = 0; i < count_; ++i)
+            if (objects_[i] == w) return;
+        if (count_ == kMaxObjects) {
+            keep_lock_ = true;
+            return;
+        }
+        objects_[count_++] = w;
+        object = w->partner;
     }
-    objects_[count_++] = w;
-    if (w->partner != nullptr) add(w->partner);
 }
 
 ReleasedCall::ReleasedCall(PyObject* self, PyObject* args, PyObject* kwargs, bool release)

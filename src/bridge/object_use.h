@@ -60,7 +60,7 @@ public:
 
 private:
     void add(PyObject* object);
-    WrapperObject* objects_[kMaxObjects] = {};
+    WrapperObject* objects_[kMaxObjects];  // the first count_ are set
     int count_ = 0;
     bool keep_lock_ = false;  // small work, or too many objects to mark: the call keeps the lock
     PyThreadState* previous_ = nullptr;
