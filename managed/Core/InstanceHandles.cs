@@ -14,17 +14,22 @@ namespace Orvane.WrpGen.Interop
         {
             if (value == null) return IntPtr.Zero;
             if (value is System.Drawing.Image image) NativeMemoryPressure.Track(image);
-            Interlocked.Increment(ref s_live);
-            return GCHandle.ToIntPtr(GCHandle.Alloc(value));
+            return Keep(value);
         }
 
-        /// <summary>A new handle for an image made with a known size (width * height pixels).</summary>
+        /// <summary>A new handle for an image made with a known size: no native query for it.</summary>
         [MethodImpl(MethodImplOptions.AggressiveInlining)]
         public static IntPtr AllocImage(System.Drawing.Image image, int width, int height)
         {
             NativeMemoryPressure.Track(image, (long)width * height);
+            return Keep(image);
+        }
+
+        [MethodImpl(MethodImplOptions.AggressiveInlining)]
+        private static IntPtr Keep(object value)
+        {
             Interlocked.Increment(ref s_live);
-            return GCHandle.ToIntPtr(GCHandle.Alloc(image));
+            return GCHandle.ToIntPtr(GCHandle.Alloc(value));
         }
 
         /// <summary>The object behind a handle; null for 0.</summary>

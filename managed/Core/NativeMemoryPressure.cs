@@ -24,31 +24,31 @@ namespace Orvane.WrpGen.Interop
         [MethodImpl(MethodImplOptions.NoInlining)]
         public static void Track(Image image)
         {
-            long bytes;
+            long pixels;
             try
             {
-                // One native call; four bytes a pixel is close enough for the collector's arithmetic.
-                SizeF size = image.PhysicalDimension;
-                bytes = (long)size.Width * (long)size.Height * 4;
+                SizeF size = image.PhysicalDimension;  // one native call
+                pixels = (long)size.Width * (long)size.Height;
             }
             catch (Exception)
             {
                 return;  // a disposed or broken image holds nothing worth reporting
             }
-            Report(image, bytes);
+            Track(image, pixels);
         }
 
-        /// <summary>An image whose pixel count the caller knows (a new Bitmap of a given size): no native query.</summary>
+        /// <summary>The same for an image whose pixel count the caller knows (a new Bitmap of a given size).</summary>
         [MethodImpl(MethodImplOptions.AggressiveInlining)]
         public static void Track(Image image, long pixels)
         {
+            // Four bytes a pixel is close enough for the collector's arithmetic.
             if (pixels * 4 >= SmallestReported) Report(image, pixels * 4);
         }
 
         [MethodImpl(MethodImplOptions.NoInlining)]
         private static void Report(Image image, long bytes)
         {
-            if (bytes < SmallestReported || s_tokens.TryGetValue(image, out _)) return;
+            if (s_tokens.TryGetValue(image, out _)) return;
             var token = new Token(bytes);
             if (!s_tokens.TryAdd(image, token)) token.Release();
         }
